@@ -1,0 +1,129 @@
+// VlxCreateAutoFile: a new empty file with a unique name in a directory,
+// checked against the directory's message list.
+#include <cstring>
+
+#include "api/call_frame.h"
+#include "api/diagnostics.h"
+#include "api/text.h"
+#include "api/unique_file.h"
+#include "paragraph/open_shared.h"
+#include "paragraph/paragraph_reader.h"
+#include "platform/os.h"
+
+namespace vl {
+namespace {
+
+inline constexpr size_t kMaxPathChars = 256;
+
+// Whether a "[DOCUMENT]" paragraph of the list has a "File:" value that
+// begins with stem (the new name up to and including its dot).
+bool ReferencedInList(FILE* list, const std::string& stem) {
+  std::rewind(list);
+  char line[para::kLineSize];
+  char file[para::kLineSize];
+  long position = 0;
+  while (para::FindParagraph(list, "[DOCUMENT]", line, sizeof line, &position)) {
+    if (para::ReadText(list, "File:", file, sizeof file, position) &&
+        para::StartsWithNoCase(file, stem.c_str()))
+      return true;
+  }
+  return false;
+}
+
+VLRESULT ReportGeneratorResult(const ApiSession& session, UniqueFileResult result) {
+  if (result == UniqueFileResult::Created) return VL_OK;
+  struct Outcome {
+    UniqueFileResult result;
+    const char* text;
+    VLRESULT code;
+  };
+  static const Outcome kOutcomes[] = {
+      {UniqueFileResult::BadArguments, "Invalid parameters", VL_E_INVALID_PARAM},
+      {UniqueFileResult::Failed, "Invalid parameters", VL_E_INVALID_PARAM},
+      {UniqueFileResult::PathNotFound, "Path not found", VL_E_PATH_NOT_FOUND},
+      {UniqueFileResult::AllExist, "All possible files already exist", VL_E_TOO_MANY_FILES},
+  };
+  for (const Outcome& outcome : kOutcomes) {
+    if (outcome.result != result) continue;
+    ApiReportError(&session, "%s", outcome.text);
+    return outcome.code;
+  }
+  ApiReportError(&session, "Unable to create file");
+  return VL_E_FILE_CREATE_ERROR;
+}
+
+}  // namespace
+
+VLRESULT CreateAutoFile(const ApiSession& session, const char* prefix, const char* extension,
+                        const char* path, std::string* name) {
+  prefix = prefix ? prefix : "";
+  extension = extension ? extension : "";
+  path = path ? path : "";
+  if (std::strlen(prefix) != 4) {
+    ApiReportError(&session, "Prefix name must be 4 characters");
+    return VL_E_INVALID_PARAM;
+  }
+  const size_t extensionLength = std::strlen(extension);
+  if (extensionLength < 1 || extensionLength > 3) {
+    ApiReportError(&session, "Extension name invalid");
+    return VL_E_INVALID_PARAM;
+  }
+  const size_t pathLength = std::strlen(path);
+  if (pathLength < 1 || pathLength > kMaxPathChars ||
+      (pathLength == kMaxPathChars && path[pathLength - 1] != '\\')) {
+    ApiReportError(&session, "Path name invalid");
+    return VL_E_INVALID_PARAM;
+  }
+  std::string directory = path;
+  EnsureBackslash(directory);
+
+  std::string listPath = directory + "MSGDIR.CTL";
+  para::Opened list;
+  os::FileInfo info;
+  if (os::GetFileInfo(listPath.c_str(), &info) == os::kOk) {
+    list = para::OpenShared(10, listPath.c_str(), "rb");
+    if (!list)
+      ApiTrace(&session,
+               "VlxCreateAutoFile - Unable to open MSGDIR file '%s' (error %d), check disabled",
+               listPath.c_str(), list.error);
+  }
+  for (;;) {
+    std::string created;
+    UniqueFileResult result =
+        MakeUniqueFile(prefix, extension, directory.c_str(), &created);
+    if (result != UniqueFileResult::Created) return ReportGeneratorResult(session, result);
+    const size_t dot = created.find('.');
+    std::string stem = created.substr(0, dot + 1);
+    if (!list || !ReferencedInList(list.get(), stem)) {
+      *name = created.substr(0, dot);
+      return VL_OK;
+    }
+    ApiTrace(&session, "VlxCreateAutoFile - New file '%s' already referenced in MSGDIR file",
+             (directory + stem + "*").c_str());
+    // The file keeps the name taken, under the extension TMP.
+    if (!para::EqualNoCase(extension, "TMP"))
+      os::RenameFile((directory + created).c_str(), (directory + stem + "TMP").c_str());
+  }
+}
+
+}  // namespace vl
+
+using namespace vl;
+
+extern "C" VLRESULT VLAPI_CALL VlxCreateAutoFile(VLHANDLE handle, const char* prefix,
+                                                 const char* extension, const char* path,
+                                                 char* name) {
+  return CallFrame(handle, "VlxCreateAutoFile", UserRule::NotNeeded)
+      .Enter("VlxCreateAutoFile - Prefix = '%s', Extn = '%s', Path = '%s'",
+             prefix ? prefix : "(null)", extension ? extension : "(null)", path ? path : "(null)")
+      .Run([&](ApiSession& session) -> VLRESULT {
+        if (!name) {
+          ReportNullArgument(&session, "name");
+          return VL_E_INVALID_PARAM;
+        }
+        std::string created;
+        if (VLRESULT rc = CreateAutoFile(session, prefix, extension, path, &created)) return rc;
+        std::strcpy(name, created.c_str());
+        return VL_OK;
+      });
+}

@@ -1,0 +1,10 @@
+#include "api/process_state.h"
+
+namespace vl {
+
+ProcessState& Process() {
+  static ProcessState state;
+  return state;
+}
+
+}  // namespace vl

@@ -1,0 +1,31 @@
+// Process-wide settings of the library: plain globals, set before use.
+#pragma once
+
+#include <cstdint>
+
+namespace vl {
+
+// The application identifier that makes tracing follow "MailTrace:".
+inline constexpr int32_t kMailApplicationId = 13398;
+
+struct ProcessState {
+  // Tracing.
+  int32_t traceSwitch = 0;    // forces tracing on for every session
+  int32_t applicationId = 0;  // kMailApplicationId selects the mail setting
+  // The "[API]" settings of the configuration file, read once per process.
+  bool apiSettingsRead = false;
+  int32_t traceSetting = 0;
+  int32_t mailTraceSetting = 0;
+  int32_t overrideFrom = 0;
+  // Escape switches.
+  int32_t checkServerDisabled = 0;
+  int32_t sentItemsEnabled = 0;
+  int32_t deleteFailedFaxes = 0;
+  // Directory of the trace file and of the automation layer's temporary
+  // files; empty means the system temporary directory.
+  char apiTempDirectory[257] = {};
+};
+
+ProcessState& Process();
+
+}  // namespace vl

@@ -1,0 +1,62 @@
+#include <cstring>
+
+#include "paragraph/paragraph_reader.h"
+
+namespace para {
+namespace {
+
+bool g_eightBitText = true;
+
+inline unsigned char Fold(unsigned char c) { return (c >= 'A' && c <= 'Z') ? c + 32 : c; }
+
+// Whether a byte of a line survives cleaning.
+inline bool Printable(unsigned char c, bool eightBit) {
+  if (c < 32 || c == 127) return false;
+  if (c < 128) return true;
+  return eightBit || c == 156 || c == 163;
+}
+
+}  // namespace
+
+void SetEightBitText(bool on) { g_eightBitText = on; }
+bool EightBitText() { return g_eightBitText; }
+
+bool StartsWithNoCase(const char* text, const char* prefix) {
+  for (; *prefix; ++text, ++prefix)
+    if (Fold(static_cast<unsigned char>(*text)) != Fold(static_cast<unsigned char>(*prefix)))
+      return false;
+  return true;
+}
+
+bool EqualNoCase(const char* a, const char* b) {
+  for (; *a && *b; ++a, ++b)
+    if (Fold(static_cast<unsigned char>(*a)) != Fold(static_cast<unsigned char>(*b))) return false;
+  return *a == *b;
+}
+
+bool ReadLine(FILE* stream, char* buffer, int size, long* lineStart) {
+  if (size < 2) return false;
+  if (lineStart) *lineStart = std::ftell(stream);
+  // The buffer is pre-filled with LF so that the terminator fgets writes is
+  // the last NUL in it, even when the line itself holds NUL bytes.
+  std::memset(buffer, '\n', static_cast<size_t>(size));
+  if (!std::fgets(buffer, size, stream)) {
+    buffer[0] = '\0';
+    return false;
+  }
+  int length = size - 1;
+  while (length > 0 && buffer[length] != '\0') --length;
+  if (length == 0 || buffer[length - 1] != '\n') {
+    int c;
+    while ((c = std::getc(stream)) != EOF && c != '\n') {
+    }
+  }
+  const bool eightBit = g_eightBitText;
+  for (int i = 0; i < length; ++i)
+    if (!Printable(static_cast<unsigned char>(buffer[i]), eightBit)) buffer[i] = ' ';
+  while (length > 0 && (buffer[length - 1] == ' ' || buffer[length - 1] == '\t')) --length;
+  buffer[length] = '\0';
+  return true;
+}
+
+}  // namespace para

@@ -1,0 +1,47 @@
+#include "platform/fault.h"
+
+#include <array>
+#include <atomic>
+
+namespace os::fault {
+namespace {
+
+struct Plan {
+  bool armed = false;
+  Op op = Op::Any;
+  int nth = 0;
+  int error = 0;
+  bool fromThenOn = false;
+};
+
+Plan g_plan;
+std::atomic<bool> g_armed{false};
+std::array<std::atomic<int>, static_cast<size_t>(Op::Count)> g_calls{};
+
+}  // namespace
+
+void Inject(Op op, int nth, int error, bool fromThenOn) {
+  Clear();
+  g_plan = Plan{true, op, nth, error, fromThenOn};
+  g_armed = true;
+}
+
+void Clear() {
+  g_armed = false;
+  g_plan = Plan{};
+  for (auto& count : g_calls) count = 0;
+}
+
+int Calls(Op op) { return g_calls[static_cast<size_t>(op)]; }
+
+int Injected(Op op) {
+  if (!g_armed) return 0;
+  int own = ++g_calls[static_cast<size_t>(op)];
+  int any = ++g_calls[static_cast<size_t>(Op::Any)];
+  int call = g_plan.op == Op::Any ? any : (g_plan.op == op ? own : 0);
+  if (call == 0) return 0;
+  if (call == g_plan.nth || (g_plan.fromThenOn && call > g_plan.nth)) return g_plan.error;
+  return 0;
+}
+
+}  // namespace os::fault

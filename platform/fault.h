@@ -1,0 +1,44 @@
+// Fault injection for the platform layer: a test makes the Nth call of one
+// platform function (or of any) fail with a chosen error, once or from then
+// on. Every fallible function of platform/os.h asks Injected() first.
+#pragma once
+
+namespace os::fault {
+
+enum class Op {
+  Any,
+  OpenStream,
+  SetStreamLength,
+  GetFileInfo,
+  CheckAccess,
+  CreateExclusive,
+  MakeDirectory,
+  RemoveFile,
+  RenameFile,
+  CopyFile,
+  SetModifiedTime,
+  ListFiles,
+  OpenLockFile,
+  TempDirectory,
+  WindowsDirectory,
+  AppDataFolder,
+  RegistryRead,
+  RegistryWrite,
+  StartProcess,
+  Count
+};
+
+// Arms one fault: the nth call (1-based) of op fails with error; with
+// fromThenOn every later call fails too. Counting starts now.
+void Inject(Op op, int nth, int error, bool fromThenOn = false);
+
+// Disarms every fault and resets the counts.
+void Clear();
+
+// Number of calls of op since the last Inject or Clear.
+int Calls(Op op);
+
+// Called by each platform function: the error to fail with, or 0.
+int Injected(Op op);
+
+}  // namespace os::fault

@@ -1,0 +1,125 @@
+// The thin platform layer: every OS call the library makes goes through the
+// functions declared here. Errors are Windows system error numbers on every
+// platform (0 means success), so callers and traces see the same values.
+//
+// Each function that can fail is a fault point (platform/fault.h): tests can
+// make its Nth call fail with a chosen error.
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#include "platform/raii.h"
+
+namespace os {
+
+// System error numbers used by the library's logic.
+enum Error : int {
+  kOk = 0,
+  kFileNotFound = 2,
+  kPathNotFound = 3,
+  kTooManyOpenFiles = 4,
+  kAccessDenied = 5,
+  kNotEnoughMemory = 8,
+  kSharingViolation = 32,
+  kLockViolation = 33,
+  kHandleDiskFull = 39,
+  kFileExists = 80,
+  kInvalidParameter = 87,
+  kDiskFull = 112,
+  kAlreadyExists = 183,
+  kFilenameTooLong = 206,
+};
+
+// Who else may open a file while this opener holds it.
+enum class Share { All, ReadOnly, Nobody };
+
+// What an open does when the file exists or does not.
+enum class Disposition { OpenExisting, OpenAlways, CreateAlways, CreateNew };
+
+struct OpenRequest {
+  bool read = false;
+  bool write = false;
+  bool append = false;
+  Disposition disposition = Disposition::OpenExisting;
+  Share share = Share::All;
+  const char* streamMode = "rb";  // the stdio mode the stream is used with
+};
+
+// A stream, or none with the system error read right after the failed call.
+struct OpenedStream {
+  UniqueFile file;
+  int error = kOk;
+};
+
+OpenedStream OpenStream(const char* path, const OpenRequest& request);
+
+// Sets the length of an open stream's file (the stream must be flushed).
+int SetStreamLength(FILE* stream, int64_t length);
+
+// Length of an open stream's file.
+int64_t StreamLength(FILE* stream);
+
+struct FileInfo {
+  bool isDirectory = false;
+  bool readOnly = false;
+  int64_t size = 0;
+  int64_t modified = 0;  // seconds since 1970
+};
+int GetFileInfo(const char* path, FileInfo* info);
+
+// Tests whether the file exists and may be read (and written, when asked).
+int CheckAccess(const char* path, bool write);
+
+// Creates a new empty file, failing when it exists; closes it at once.
+int CreateExclusive(const char* path);
+
+int MakeDirectory(const char* path);
+int RemoveFile(const char* path);
+int RenameFile(const char* from, const char* to);
+int CopyFileReplacing(const char* from, const char* to);
+int SetModifiedTime(const char* path, int64_t secondsSince1970);
+
+// Names (without directory) of the ordinary files matching a wildcard
+// pattern such as "C:\DIR\~FAXA000.*". No match is success with no names.
+// Stops after maxNames names when maxNames is above 0.
+int ListFiles(const char* pattern, std::vector<std::string>* names, int maxNames = 0);
+
+// Opens a file for reading, denying all access to every other opener, and
+// returns a descriptor: the per-user lock.
+struct OpenedDescriptor {
+  UniqueFd fd;
+  int error = kOk;
+};
+OpenedDescriptor OpenLockFile(const char* path);
+
+// Directories of the system, each ending in a backslash.
+int TempDirectory(std::string* path);
+int WindowsDirectory(std::string* path);
+// The current user's application data folder (created when missing).
+int AppDataFolder(std::string* path);
+
+std::string ComputerName();
+bool GetEnvironment(const char* name, std::string* value);
+std::string SystemErrorText(int error);
+
+enum class Hive { LocalMachine, CurrentUser };
+int RegistryReadString(Hive hive, const char* key, const char* value, std::string* data);
+// Writes a string value under an existing key (the key is never created).
+int RegistryWriteString(Hive hive, const char* key, const char* value, const char* data);
+
+// Starts a detached process without a console; handles are not kept.
+int StartDetachedProcess(const char* application, const char* commandLine);
+
+struct LocalTime {
+  int year = 0, month = 0, day = 0, hour = 0, minute = 0, second = 0, millisecond = 0;
+};
+LocalTime Now();
+int64_t WallClockMilliseconds();
+int64_t SecondsSince1970();
+uint32_t ProcessId();
+uint32_t ThreadId();
+
+}  // namespace os

@@ -1,0 +1,354 @@
+// Win32 implementation of the platform layer.
+#include <windows.h>
+#include <fcntl.h>
+#include <io.h>
+
+#include <cstring>
+
+#include "platform/fault.h"
+#include "platform/os.h"
+#include "platform/win32/raii_win.h"
+
+namespace os {
+namespace {
+
+using fault::Injected;
+using fault::Op;
+
+DWORD ShareMode(Share share) {
+  switch (share) {
+    case Share::All: return FILE_SHARE_READ | FILE_SHARE_WRITE;
+    case Share::ReadOnly: return FILE_SHARE_READ;
+    case Share::Nobody: return 0;
+  }
+  return 0;
+}
+
+DWORD CreationDisposition(Disposition disposition) {
+  switch (disposition) {
+    case Disposition::OpenExisting: return OPEN_EXISTING;
+    case Disposition::OpenAlways: return OPEN_ALWAYS;
+    case Disposition::CreateAlways: return CREATE_ALWAYS;
+    case Disposition::CreateNew: return CREATE_NEW;
+  }
+  return OPEN_EXISTING;
+}
+
+// Descriptor flags matching an open request and its stdio mode.
+int DescriptorFlags(const OpenRequest& request) {
+  int flags = request.read && request.write ? _O_RDWR : (request.write ? _O_WRONLY : _O_RDONLY);
+  if (request.append) flags |= _O_APPEND;
+  if (std::strchr(request.streamMode, 'b')) flags |= _O_BINARY;
+  else if (std::strchr(request.streamMode, 't')) flags |= _O_TEXT;
+  return flags;
+}
+
+int64_t FileTimeToUnixSeconds(const FILETIME& ft) {
+  ULARGE_INTEGER v;
+  v.LowPart = ft.dwLowDateTime;
+  v.HighPart = ft.dwHighDateTime;
+  return static_cast<int64_t>(v.QuadPart / 10000000ULL) - 11644473600LL;
+}
+
+FILETIME UnixSecondsToFileTime(int64_t seconds) {
+  ULARGE_INTEGER v;
+  v.QuadPart = static_cast<ULONGLONG>(seconds + 11644473600LL) * 10000000ULL;
+  FILETIME ft;
+  ft.dwLowDateTime = v.LowPart;
+  ft.dwHighDateTime = v.HighPart;
+  return ft;
+}
+
+HANDLE StreamHandle(FILE* stream) {
+  return reinterpret_cast<HANDLE>(_get_osfhandle(_fileno(stream)));
+}
+
+HKEY HiveKey(Hive hive) {
+  return hive == Hive::LocalMachine ? HKEY_LOCAL_MACHINE : HKEY_CURRENT_USER;
+}
+
+int WithTrailingBackslash(const char* text, DWORD length, std::string* path) {
+  path->assign(text, length);
+  if (path->empty() || path->back() != '\\') path->push_back('\\');
+  return kOk;
+}
+
+}  // namespace
+
+void CloseStream(FILE* stream) { std::fclose(stream); }
+void CloseDescriptor(int fd) { _close(fd); }
+
+OpenedStream OpenStream(const char* path, const OpenRequest& request) {
+  OpenedStream result;
+  if (int e = Injected(Op::OpenStream)) {
+    result.error = e;
+    return result;
+  }
+  DWORD access = (request.read ? GENERIC_READ : 0) | (request.write ? GENERIC_WRITE : 0);
+  UniqueFileHandle handle(CreateFileA(path, access, ShareMode(request.share), nullptr,
+                                      CreationDisposition(request.disposition),
+                                      FILE_ATTRIBUTE_NORMAL, nullptr));
+  if (!handle) {
+    result.error = static_cast<int>(GetLastError());
+    return result;
+  }
+  int fd = _open_osfhandle(reinterpret_cast<intptr_t>(handle.get()), DescriptorFlags(request));
+  if (fd == -1) {
+    result.error = kTooManyOpenFiles;
+    return result;
+  }
+  handle.release();  // the descriptor owns the handle now
+  UniqueFd descriptor(fd);
+  FILE* stream = _fdopen(fd, request.streamMode);
+  if (!stream) {
+    result.error = kTooManyOpenFiles;
+    return result;
+  }
+  descriptor.release();  // the stream owns the descriptor now
+  result.file.reset(stream);
+  return result;
+}
+
+int SetStreamLength(FILE* stream, int64_t length) {
+  if (int e = Injected(Op::SetStreamLength)) return e;
+  HANDLE h = StreamHandle(stream);
+  LARGE_INTEGER position;
+  position.QuadPart = length;
+  if (!SetFilePointerEx(h, position, nullptr, FILE_BEGIN) || !SetEndOfFile(h))
+    return static_cast<int>(GetLastError());
+  return kOk;
+}
+
+int64_t StreamLength(FILE* stream) {
+  LARGE_INTEGER size;
+  if (!GetFileSizeEx(StreamHandle(stream), &size)) return -1;
+  return size.QuadPart;
+}
+
+int GetFileInfo(const char* path, FileInfo* info) {
+  if (int e = Injected(Op::GetFileInfo)) return e;
+  WIN32_FILE_ATTRIBUTE_DATA data;
+  if (!GetFileAttributesExA(path, GetFileExInfoStandard, &data))
+    return static_cast<int>(GetLastError());
+  info->isDirectory = (data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+  info->readOnly = (data.dwFileAttributes & FILE_ATTRIBUTE_READONLY) != 0;
+  info->size = (static_cast<int64_t>(data.nFileSizeHigh) << 32) | data.nFileSizeLow;
+  info->modified = FileTimeToUnixSeconds(data.ftLastWriteTime);
+  return kOk;
+}
+
+int CheckAccess(const char* path, bool write) {
+  if (int e = Injected(Op::CheckAccess)) return e;
+  DWORD attributes = GetFileAttributesA(path);
+  if (attributes == INVALID_FILE_ATTRIBUTES) return static_cast<int>(GetLastError());
+  if (write && (attributes & FILE_ATTRIBUTE_READONLY) && !(attributes & FILE_ATTRIBUTE_DIRECTORY))
+    return kAccessDenied;
+  return kOk;
+}
+
+int CreateExclusive(const char* path) {
+  if (int e = Injected(Op::CreateExclusive)) return e;
+  UniqueFileHandle handle(CreateFileA(path, GENERIC_READ | GENERIC_WRITE,
+                                      FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr, CREATE_NEW,
+                                      FILE_ATTRIBUTE_NORMAL, nullptr));
+  return handle ? kOk : static_cast<int>(GetLastError());
+}
+
+int MakeDirectory(const char* path) {
+  if (int e = Injected(Op::MakeDirectory)) return e;
+  return CreateDirectoryA(path, nullptr) ? kOk : static_cast<int>(GetLastError());
+}
+
+int RemoveFile(const char* path) {
+  if (int e = Injected(Op::RemoveFile)) return e;
+  return DeleteFileA(path) ? kOk : static_cast<int>(GetLastError());
+}
+
+int RenameFile(const char* from, const char* to) {
+  if (int e = Injected(Op::RenameFile)) return e;
+  return MoveFileA(from, to) ? kOk : static_cast<int>(GetLastError());
+}
+
+int CopyFileReplacing(const char* from, const char* to) {
+  if (int e = Injected(Op::CopyFile)) return e;
+  return CopyFileA(from, to, FALSE) ? kOk : static_cast<int>(GetLastError());
+}
+
+int SetModifiedTime(const char* path, int64_t secondsSince1970) {
+  if (int e = Injected(Op::SetModifiedTime)) return e;
+  UniqueFileHandle handle(CreateFileA(path, FILE_WRITE_ATTRIBUTES,
+                                      FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                                      nullptr, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL, nullptr));
+  if (!handle) return static_cast<int>(GetLastError());
+  FILETIME ft = UnixSecondsToFileTime(secondsSince1970);
+  return SetFileTime(handle.get(), nullptr, nullptr, &ft) ? kOk : static_cast<int>(GetLastError());
+}
+
+int ListFiles(const char* pattern, std::vector<std::string>* names, int maxNames) {
+  names->clear();
+  if (int e = Injected(Op::ListFiles)) return e;
+  WIN32_FIND_DATAA data;
+  UniqueFindHandle find(FindFirstFileA(pattern, &data));
+  if (!find) {
+    DWORD error = GetLastError();
+    return error == ERROR_FILE_NOT_FOUND || error == ERROR_NO_MORE_FILES ? kOk
+                                                                         : static_cast<int>(error);
+  }
+  do {
+    if (data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) continue;
+    names->push_back(data.cFileName);
+    if (maxNames > 0 && static_cast<int>(names->size()) >= maxNames) break;
+  } while (FindNextFileA(find.get(), &data));
+  return kOk;
+}
+
+OpenedDescriptor OpenLockFile(const char* path) {
+  OpenedDescriptor result;
+  if (int e = Injected(Op::OpenLockFile)) {
+    result.error = e;
+    return result;
+  }
+  UniqueFileHandle handle(CreateFileA(path, GENERIC_READ, 0, nullptr, OPEN_EXISTING,
+                                      FILE_ATTRIBUTE_NORMAL, nullptr));
+  if (!handle) {
+    result.error = static_cast<int>(GetLastError());
+    return result;
+  }
+  int fd = _open_osfhandle(reinterpret_cast<intptr_t>(handle.get()), _O_RDONLY | _O_BINARY);
+  if (fd == -1) {
+    result.error = kTooManyOpenFiles;
+    return result;
+  }
+  handle.release();
+  result.fd.reset(fd);
+  return result;
+}
+
+int TempDirectory(std::string* path) {
+  if (int e = Injected(Op::TempDirectory)) return e;
+  char buffer[MAX_PATH + 1];
+  DWORD length = GetTempPathA(sizeof buffer, buffer);
+  if (length == 0 || length >= sizeof buffer) return static_cast<int>(GetLastError());
+  return WithTrailingBackslash(buffer, length, path);
+}
+
+int WindowsDirectory(std::string* path) {
+  if (int e = Injected(Op::WindowsDirectory)) return e;
+  char buffer[MAX_PATH + 1];
+  UINT length = GetWindowsDirectoryA(buffer, sizeof buffer);
+  if (length == 0 || length >= sizeof buffer) return static_cast<int>(GetLastError());
+  return WithTrailingBackslash(buffer, length, path);
+}
+
+int AppDataFolder(std::string* path) {
+  if (int e = Injected(Op::AppDataFolder)) return e;
+  using GetFolderPath = HRESULT(WINAPI*)(HWND, int, HANDLE, DWORD, LPSTR);
+  // The shell folder library is loaded on first use and kept for the process.
+  static HMODULE shfolder = LoadLibraryA("shfolder.dll");
+  if (!shfolder) return static_cast<int>(GetLastError());
+  auto get = reinterpret_cast<GetFolderPath>(
+      reinterpret_cast<void*>(GetProcAddress(shfolder, "SHGetFolderPathA")));
+  if (!get) return static_cast<int>(GetLastError());
+  char buffer[MAX_PATH + 1] = {};
+  const int kAppDataCreate = 0x801A;  // CSIDL_APPDATA | CSIDL_FLAG_CREATE
+  HRESULT hr = get(nullptr, kAppDataCreate, nullptr, 0, buffer);
+  if (FAILED(hr)) return HRESULT_CODE(hr) ? static_cast<int>(HRESULT_CODE(hr)) : static_cast<int>(kFileNotFound);
+  return WithTrailingBackslash(buffer, static_cast<DWORD>(std::strlen(buffer)), path);
+}
+
+std::string ComputerName() {
+  char buffer[MAX_COMPUTERNAME_LENGTH + 1];
+  DWORD size = sizeof buffer;
+  return GetComputerNameA(buffer, &size) ? std::string(buffer, size) : std::string();
+}
+
+bool GetEnvironment(const char* name, std::string* value) {
+  DWORD needed = GetEnvironmentVariableA(name, nullptr, 0);
+  if (needed == 0) return false;
+  std::string text(needed, '\0');
+  DWORD length = GetEnvironmentVariableA(name, text.data(), needed);
+  if (length == 0 || length >= needed) return false;
+  text.resize(length);
+  *value = std::move(text);
+  return true;
+}
+
+std::string SystemErrorText(int error) {
+  char buffer[512];
+  DWORD length = FormatMessageA(FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS,
+                                nullptr, static_cast<DWORD>(error), 0, buffer, sizeof buffer,
+                                nullptr);
+  while (length > 0 && (buffer[length - 1] == '\r' || buffer[length - 1] == '\n')) --length;
+  return std::string(buffer, length);
+}
+
+int RegistryReadString(Hive hive, const char* key, const char* value, std::string* data) {
+  if (int e = Injected(Op::RegistryRead)) return e;
+  HKEY raw = nullptr;
+  LONG status = RegOpenKeyExA(HiveKey(hive), key, 0, KEY_READ, &raw);
+  if (status != ERROR_SUCCESS) return static_cast<int>(status);
+  UniqueRegistryKey opened(raw);
+  char buffer[1024];
+  DWORD type = 0;
+  DWORD size = sizeof buffer - 1;
+  status = RegQueryValueExA(opened.get(), value, nullptr, &type,
+                            reinterpret_cast<BYTE*>(buffer), &size);
+  if (status != ERROR_SUCCESS) return static_cast<int>(status);
+  if (type != REG_SZ && type != REG_EXPAND_SZ) return kFileNotFound;
+  buffer[size] = '\0';
+  data->assign(buffer);
+  return kOk;
+}
+
+int RegistryWriteString(Hive hive, const char* key, const char* value, const char* data) {
+  if (int e = Injected(Op::RegistryWrite)) return e;
+  HKEY raw = nullptr;
+  LONG status = RegOpenKeyExA(HiveKey(hive), key, 0, KEY_WRITE, &raw);
+  if (status != ERROR_SUCCESS) return static_cast<int>(status);
+  UniqueRegistryKey opened(raw);
+  status = RegSetValueExA(opened.get(), value, 0, REG_SZ, reinterpret_cast<const BYTE*>(data),
+                          static_cast<DWORD>(std::strlen(data) + 1));
+  return static_cast<int>(status);
+}
+
+int StartDetachedProcess(const char* application, const char* commandLine) {
+  if (int e = Injected(Op::StartProcess)) return e;
+  std::string line(commandLine);  // CreateProcessA may write into its command line
+  STARTUPINFOA startup;
+  std::memset(&startup, 0, sizeof startup);
+  startup.cb = sizeof startup;
+  PROCESS_INFORMATION process;
+  if (!CreateProcessA(application, line.data(), nullptr, nullptr, FALSE, DETACHED_PROCESS,
+                      nullptr, nullptr, &startup, &process))
+    return static_cast<int>(GetLastError());
+  UniqueHandle processHandle(process.hProcess);
+  UniqueHandle threadHandle(process.hThread);
+  return kOk;
+}
+
+LocalTime Now() {
+  SYSTEMTIME st;
+  GetLocalTime(&st);
+  return LocalTime{st.wYear, st.wMonth, st.wDay, st.wHour, st.wMinute, st.wSecond,
+                   st.wMilliseconds};
+}
+
+int64_t WallClockMilliseconds() {
+  FILETIME ft;
+  GetSystemTimeAsFileTime(&ft);
+  ULARGE_INTEGER v;
+  v.LowPart = ft.dwLowDateTime;
+  v.HighPart = ft.dwHighDateTime;
+  return static_cast<int64_t>(v.QuadPart / 10000ULL);
+}
+
+int64_t SecondsSince1970() {
+  FILETIME ft;
+  GetSystemTimeAsFileTime(&ft);
+  return FileTimeToUnixSeconds(ft);
+}
+
+uint32_t ProcessId() { return GetCurrentProcessId(); }
+uint32_t ThreadId() { return GetCurrentThreadId(); }
+
+}  // namespace os

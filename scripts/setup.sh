@@ -1,0 +1,30 @@
+#!/usr/bin/env bash
+# Installs what is missing (Debian packages), then configures and builds the
+# Windows DLL with its tests (build/win) and the native sanitizer build of
+# the portable core (build/native), and readies the private Wine prefix.
+set -euo pipefail
+root=$(cd "$(dirname "$0")/.." && pwd)
+
+packages=(wine wine64 wine64-tools g++-mingw-w64-x86-64 mingw-w64-tools
+          binutils-mingw-w64-x86-64 cmake ninja-build googletest g++)
+missing=()
+for package in "${packages[@]}"; do
+  dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q "install ok installed" ||
+    missing+=("$package")
+done
+if [ ${#missing[@]} -gt 0 ]; then
+  echo "Installing: ${missing[*]}"
+  sudo=""
+  [ "$(id -u)" -eq 0 ] || sudo=sudo
+  $sudo apt-get update -qq
+  DEBIAN_FRONTEND=noninteractive $sudo apt-get install -y -qq --no-install-recommends \
+    "${missing[@]}" >/dev/null
+fi
+
+cmake -S "$root" -B "$root/build/win" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+  -DCMAKE_TOOLCHAIN_FILE="$root/cmake/mingw-w64-x86_64.cmake" >/dev/null
+cmake --build "$root/build/win"
+cmake -S "$root" -B "$root/build/native" -G Ninja -DCMAKE_BUILD_TYPE=Debug \
+  -DVLAPI_SANITIZE=ON >/dev/null
+cmake --build "$root/build/native"
+"$root/scripts/wine-prefix.sh" "$root/build/win/wineprefix"

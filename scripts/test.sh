@@ -1,0 +1,29 @@
+#!/usr/bin/env bash
+# Sets everything up, then runs all tests: the Windows build under Wine and
+# the native build under AddressSanitizer and UBSan. Ends with one line
+# "N passed, N failed".
+set -uo pipefail
+root=$(cd "$(dirname "$0")/.." && pwd)
+"$root/scripts/setup.sh" || exit 1
+
+passed=0
+failed=0
+status=0
+for build in win native; do
+  echo "=== tests of build/$build"
+  log=$(mktemp)
+  (cd "$root/build/$build" && ctest -j2 --output-on-failure) 2>&1 | tee "$log"
+  [ "${PIPESTATUS[0]}" -eq 0 ] || status=1
+  summary=$(grep -E 'tests passed, [0-9]+ tests? failed out of [0-9]+' "$log" | tail -n 1)
+  rm -f "$log"
+  if [ -z "$summary" ]; then
+    status=1
+    continue
+  fi
+  total=$(sed -E 's/.*out of ([0-9]+).*/\1/' <<<"$summary")
+  bad=$(sed -E 's/.*passed, ([0-9]+) tests? failed.*/\1/' <<<"$summary")
+  passed=$((passed + total - bad))
+  failed=$((failed + bad))
+done
+echo "${passed} passed, ${failed} failed"
+exit $status

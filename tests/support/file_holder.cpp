@@ -1,0 +1,75 @@
+#ifdef _WIN32
+#include "tests/support/file_holder.h"
+
+#include <windows.h>
+
+#include <gtest/gtest.h>
+
+#include "platform/win32/raii_win.h"
+
+namespace vltest {
+namespace {
+
+std::string HelperPath() {
+  char module[MAX_PATH];
+  DWORD length = GetModuleFileNameA(nullptr, module, sizeof module);
+  std::string path(module, length);
+  return path.substr(0, path.find_last_of('\\') + 1) + "file_holder.exe";
+}
+
+}  // namespace
+
+FileHolder::FileHolder(const std::string& path, const std::string& mode) {
+  SECURITY_ATTRIBUTES inherit = {sizeof inherit, nullptr, TRUE};
+  HANDLE childIn = nullptr, toChild = nullptr, fromChild = nullptr, childOut = nullptr;
+  if (!CreatePipe(&childIn, &toChild, &inherit, 0) ||
+      !CreatePipe(&fromChild, &childOut, &inherit, 0)) {
+    ADD_FAILURE() << "cannot create pipes";
+    return;
+  }
+  os::UniqueHandle childInOwner(childIn), childOutOwner(childOut), fromChildOwner(fromChild);
+  SetHandleInformation(toChild, HANDLE_FLAG_INHERIT, 0);
+  SetHandleInformation(fromChild, HANDLE_FLAG_INHERIT, 0);
+  input_ = toChild;
+
+  std::string line = "\"" + HelperPath() + "\" \"" + path + "\" " + mode;
+  STARTUPINFOA startup = {};
+  startup.cb = sizeof startup;
+  startup.dwFlags = STARTF_USESTDHANDLES;
+  startup.hStdInput = childIn;
+  startup.hStdOutput = childOut;
+  startup.hStdError = GetStdHandle(STD_ERROR_HANDLE);
+  PROCESS_INFORMATION info;
+  if (!CreateProcessA(nullptr, line.data(), nullptr, nullptr, TRUE, 0, nullptr, nullptr,
+                      &startup, &info)) {
+    ADD_FAILURE() << "cannot start " << line;
+    return;
+  }
+  CloseHandle(info.hThread);
+  process_ = info.hProcess;
+  childOutOwner.reset();  // so that the read below ends if the helper dies
+
+  std::string reply;
+  char c;
+  DWORD read = 0;
+  while (ReadFile(fromChild, &c, 1, &read, nullptr) && read == 1 && c != '\n') reply.push_back(c);
+  opened_ = reply.rfind("held", 0) == 0;
+}
+
+void FileHolder::Release() {
+  if (input_) {
+    CloseHandle(static_cast<HANDLE>(input_));
+    input_ = nullptr;
+  }
+  if (process_) {
+    if (WaitForSingleObject(static_cast<HANDLE>(process_), 10000) != WAIT_OBJECT_0)
+      TerminateProcess(static_cast<HANDLE>(process_), 1);
+    CloseHandle(static_cast<HANDLE>(process_));
+    process_ = nullptr;
+  }
+}
+
+FileHolder::~FileHolder() { Release(); }
+
+}  // namespace vltest
+#endif
