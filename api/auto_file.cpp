@@ -100,9 +100,12 @@ VLRESULT CreateAutoFile(const ApiSession& session, const char* prefix, const cha
     }
     ApiTrace(&session, "VlxCreateAutoFile - New file '%s' already referenced in MSGDIR file",
              (directory + stem + "*").c_str());
-    // The file keeps the name taken, under the extension TMP.
-    if (!para::EqualNoCase(extension, "TMP"))
-      os::RenameFile((directory + created).c_str(), (directory + stem + "TMP").c_str());
+    // The file keeps the name taken, under the extension TMP; when it cannot
+    // be renamed it goes, rather than pass for a file of the listed message.
+    const std::string createdPath = directory + created;
+    if (!para::EqualNoCase(extension, "TMP") &&
+        os::RenameFile(createdPath.c_str(), (directory + stem + "TMP").c_str()) != os::kOk)
+      os::RemoveFile(createdPath.c_str());
   }
 }
 

@@ -112,11 +112,9 @@ UniqueFileResult MakeUniqueFile(const char* prefix, const char* extension, const
     // Another process may have taken the same base name with another
     // extension at the same moment: then this name is given up.
     int now = CountFiles(stem + ".*", 2);
+    if (now < 0 || now > 1) os::RemoveFile(path.c_str());
     if (now < 0) return UniqueFileResult::Failed;
-    if (now > 1) {
-      os::RemoveFile(path.c_str());
-      continue;
-    }
+    if (now > 1) continue;
     *name = base + "." + extension;
     return UniqueFileResult::Created;
   }

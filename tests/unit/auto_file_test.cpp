@@ -1,0 +1,192 @@
+// Unique file names: VlxCreateAutoFile and the generator behind it.
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <string>
+
+#include "api/unique_file.h"
+#include "platform/fault.h"
+#include "platform/os.h"
+#include "tests/support/test_support.h"
+#include "vlapi.h"
+
+namespace {
+
+using vltest::FaxTree;
+using vltest::Reported;
+using vltest::Scratch;
+
+class AutoFileTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    tree_.UseAsExplicitAreas();
+    handle_ = vltest::LogOn(nullptr);  // the function needs no user
+    dir_ = scratch_.Path("OUT\\");
+    vltest::MakeDirectories(dir_);
+    Reported::Clear();
+  }
+  void TearDown() override {
+    os::fault::Clear();
+    VlxAPIClosedown(handle_);
+  }
+
+  VLRESULT Create(const char* prefix, const char* extension, const std::string& path) {
+    std::snprintf(name_, sizeof name_, "junk");
+    return VlxCreateAutoFile(handle_, prefix, extension, path.c_str(), name_);
+  }
+
+  Scratch scratch_;
+  FaxTree tree_{scratch_};
+  VLHANDLE handle_ = 0;
+  std::string dir_;
+  char name_[16] = {};
+};
+
+TEST_F(AutoFileTest, NamesCountUpFromZeroSkippingTakenBaseNames) {
+  ASSERT_EQ(Create("FAXA", "TIF", dir_), VL_OK) << Reported::Last();
+  EXPECT_STREQ(name_, "~FAXA000");
+  EXPECT_EQ(vltest::ReadFile(dir_ + "~FAXA000.TIF"), "");
+  vltest::WriteFile(dir_ + "~FAXA001.DOC", "other extension");
+  vltest::WriteFile(dir_ + "~FAXA002", "no extension");
+  ASSERT_EQ(Create("FAXA", "TIF", scratch_.Path("OUT")), VL_OK);  // backslash appended
+  EXPECT_STREQ(name_, "~FAXA003");
+  ASSERT_EQ(Create("FAXB", "C", dir_), VL_OK);
+  EXPECT_STREQ(name_, "~FAXB000");
+  EXPECT_EQ(vltest::ListDirectory(dir_),
+            (std::vector<std::string>{"~FAXA000.TIF", "~FAXA001.DOC", "~FAXA002",
+                                      "~FAXA003.TIF", "~FAXB000.C"}));
+}
+
+TEST_F(AutoFileTest, AfterTheLowReserveTheCounterStartsAtRandom) {
+  for (int i = 0; i <= 39; ++i) {
+    char name[32];
+    std::snprintf(name, sizeof name, "~RQST%03d.TMP", i);
+    vltest::WriteFile(dir_ + name, "");
+  }
+  ASSERT_EQ(Create("RQST", "TMP", dir_), VL_OK);
+  const int counter = std::stoi(std::string(name_).substr(5));
+  EXPECT_GE(counter, 40);
+  EXPECT_LE(counter, 999);
+}
+
+TEST_F(AutoFileTest, ArgumentsAreCheckedBeforeAnyFileIsMade) {
+  const std::string path256 = scratch_.Dir() + std::string(256 - scratch_.Dir().size(), 'p');
+  const struct {
+    const char* prefix;
+    const char* extension;
+    std::string path;
+    const char* report;
+  } cases[] = {
+      {"FAX", "TIF", dir_, "Prefix name must be 4 characters"},
+      {"FAXAB", "TIF", dir_, "Prefix name must be 4 characters"},
+      {nullptr, "TIF", dir_, "Prefix name must be 4 characters"},
+      {"FAXA", "", dir_, "Extension name invalid"},
+      {"FAXA", "TIFF", dir_, "Extension name invalid"},
+      {"FAXA", nullptr, dir_, "Extension name invalid"},
+      {"FAXA", "TIF", "", "Path name invalid"},
+      {"FAXA", "TIF", path256, "Path name invalid"},
+      {"FAXA", "TIF", path256 + "\\", "Path name invalid"},
+  };
+  for (const auto& c : cases) {
+    Reported::Clear();
+    std::snprintf(name_, sizeof name_, "junk");
+    EXPECT_EQ(VlxCreateAutoFile(handle_, c.prefix, c.extension, c.path.c_str(), name_),
+              VL_E_INVALID_PARAM)
+        << c.report;
+    EXPECT_EQ(Reported::Texts(), std::vector<std::string>{c.report});
+    EXPECT_STREQ(name_, "junk");
+  }
+  EXPECT_EQ(VlxCreateAutoFile(handle_, "FAXA", "TIF", nullptr, name_), VL_E_INVALID_PARAM);
+  EXPECT_EQ(VlxCreateAutoFile(handle_, "FAXA", "TIF", dir_.c_str(), nullptr), VL_E_INVALID_PARAM);
+  EXPECT_EQ(Reported::Last(), "Invalid parameter supplied to API: name is NULL");
+  EXPECT_TRUE(vltest::ListDirectory(dir_).empty());
+}
+
+TEST_F(AutoFileTest, MissingDirectoryIsAnInvalidPath) {
+  EXPECT_EQ(Create("FAXA", "TIF", scratch_.Path("MISSING\\")), VL_E_PATH_NOT_FOUND);
+  EXPECT_EQ(Reported::Last(), "Path not found");
+}
+
+TEST_F(AutoFileTest, NamesStillReferencedByTheMessageListAreSkipped) {
+  vltest::WriteFile(dir_ + "MSGDIR.CTL",
+                    "[VELOMAR]\r\nType: SendDir\r\nRevision: A\r\n\r\n"
+                    "[DOCUMENT]\r\nFile: ~faxa000.TXT\r\nComment: gone\r\n\r\n"
+                    "[MESSAGE]\r\nStatus: OK\r\n\r\n"
+                    "[DOCUMENT]\r\nFile: ~FAXA001.TIF\r\nComment: gone too\r\n");
+  vltest::TraceInto(scratch_);
+  ASSERT_EQ(Create("FAXA", "TIF", dir_), VL_OK);
+  EXPECT_STREQ(name_, "~FAXA002");
+  // The referenced names stay taken, under the extension TMP.
+  EXPECT_EQ(vltest::ListDirectory(dir_),
+            (std::vector<std::string>{"MSGDIR.CTL", "~FAXA000.TMP", "~FAXA001.TMP",
+                                      "~FAXA002.TIF"}));
+  int referenced = 0;
+  for (const std::string& line : vltest::TraceLines(scratch_))
+    if (line.find("already referenced") != std::string::npos) {
+      EXPECT_EQ(line.substr(12), "VlxCreateAutoFile - New file '" + dir_ + "~FAXA00" +
+                                     std::to_string(referenced) +
+                                     ".*' already referenced in MSGDIR file");
+      ++referenced;
+    }
+  EXPECT_EQ(referenced, 2);
+}
+
+TEST_F(AutoFileTest, GeneratorFailuresMapToResultCodes) {
+  const struct {
+    int error;
+    VLRESULT code;
+    const char* report;
+  } cases[] = {
+      {os::kTooManyOpenFiles, VL_E_FILE_CREATE_ERROR, "Unable to create file"},
+      {os::kAccessDenied, VL_E_INVALID_PARAM, "Invalid parameters"},
+      {os::kPathNotFound, VL_E_PATH_NOT_FOUND, "Path not found"},
+  };
+  for (const auto& c : cases) {
+    os::fault::Inject(os::fault::Op::CreateExclusive, 1, c.error);
+    EXPECT_EQ(Create("FAXA", "TIF", dir_), c.code) << c.error;
+    EXPECT_EQ(Reported::Last(), c.report);
+  }
+  os::fault::Inject(os::fault::Op::ListFiles, 1, os::kAccessDenied);
+  EXPECT_EQ(Create("FAXA", "TIF", dir_), VL_E_INVALID_PARAM);
+  EXPECT_TRUE(vltest::ListDirectory(dir_).empty());
+}
+
+TEST_F(AutoFileTest, EveryCounterTakenMeansAllFilesExist) {
+  os::fault::Inject(os::fault::Op::CreateExclusive, 1, os::kFileExists, true);
+  EXPECT_EQ(Create("FAXA", "TIF", dir_), VL_E_TOO_MANY_FILES);
+  EXPECT_EQ(Reported::Last(), "All possible files already exist");
+  // 40 low counters, 21 random decimal ones and every base-36 value 00A-ZZZ.
+  EXPECT_EQ(os::fault::Calls(os::fault::Op::CreateExclusive), 40 + 21 + 46646);
+}
+
+TEST_F(AutoFileTest, ARaceForTheSameBaseNameGivesTheNameUp) {
+  // Another process creates ~FAXA000.DOC between the check and the creation:
+  // the second count finds two files and the next counter is taken.
+  os::fault::Inject(os::fault::Op::Any, 1000000, 0);  // count calls only
+  vltest::WriteFile(dir_ + "~FAXA000.DOC", "");
+  ASSERT_EQ(Create("FAXA", "TIF", dir_), VL_OK);
+  EXPECT_STREQ(name_, "~FAXA001");
+  EXPECT_FALSE(vltest::FileExists(dir_ + "~FAXA000.TIF"));
+}
+
+TEST_F(AutoFileTest, FaultAtAnyPlatformCallEndsInSuccessOrADocumentedCode) {
+  for (int n = 1;; ++n) {
+    vltest::RemoveTree(dir_);
+    vltest::MakeDirectories(dir_);
+    vltest::WriteFile(dir_ + "MSGDIR.CTL", "[DOCUMENT]\r\nFile: ~FAXA000.TIF\r\n");
+    os::fault::Inject(os::fault::Op::Any, n, os::kAccessDenied);
+    VLRESULT rc = Create("FAXA", "TIF", dir_);
+    const int calls = os::fault::Calls(os::fault::Op::Any);
+    os::fault::Clear();
+    EXPECT_TRUE(rc == VL_OK || rc == VL_E_INVALID_PARAM || rc == VL_E_FILE_CREATE_ERROR)
+        << "fault at call " << n << " gave " << std::hex << rc;
+    for (const std::string& file : vltest::ListDirectory(dir_)) {
+      bool expected = file == "MSGDIR.CTL" || file == "~FAXA000.TMP" ||
+                      (rc == VL_OK && file == std::string(name_) + ".TIF");
+      EXPECT_TRUE(expected) << "fault at call " << n << " left " << file;
+    }
+    if (calls < n) break;
+  }
+}
+
+}  // namespace
