@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "api/vlapi_internal.h"
+#include "tests/support/file_holder.h"
 #include "tests/support/test_support.h"
 #include "vlapi.h"
 
@@ -160,6 +161,29 @@ TEST_F(SessionTest, LockedUserCannotLogOnTwice) {
   EXPECT_EQ(VlxAPIClosedown(first), VL_OK);
   ASSERT_EQ(Init("JSMITH", 1), VL_OK);  // released by the close
   EXPECT_EQ(VlxAPIClosedown(handle_), VL_OK);
+}
+
+TEST_F(SessionTest, LockIsSharedWithOtherProcesses) {
+#ifndef _WIN32
+  GTEST_SKIP() << "the user lock rests on Windows sharing modes, which this platform lacks";
+#else
+  tree_.AddUser("JSMITH");
+  const std::string lock = tree_.Users() + "JSMITH\\V-DB\\VELOMAR.LOK";
+  vltest::WriteFile(lock, "");
+  {
+    vltest::FileHolder other(lock, "r+b");  // another process holds the lock file
+    ASSERT_TRUE(other.opened());
+    EXPECT_EQ(Init("JSMITH", 1), VL_E_CANNOT_LOG_ON);
+    EXPECT_EQ(Reported::Last(), "User already logged on - cannot open " + lock);
+  }
+  ASSERT_EQ(Init("JSMITH", 1), VL_OK);
+  vltest::FileHolder reader(lock, "rb");
+  EXPECT_FALSE(reader.opened());  // the session denies every other opener
+  reader.Release();
+  EXPECT_EQ(VlxAPIClosedown(handle_), VL_OK);
+  vltest::FileHolder after(lock, "rb");
+  EXPECT_TRUE(after.opened());
+#endif
 }
 
 TEST_F(SessionTest, HandlesOfNoLiveSessionAreRefused) {
