@@ -162,8 +162,27 @@ class GroupValuesEditor : public LineEditor {
   bool written2_ = false;
 };
 
-// Copies path line by line through editor into its work file and copies the
-// result back into the still open file; the work file is always deleted.
+// Closes and deletes the work file. A failed deletion is tried once more, so
+// that a passing error does not leave the work file behind.
+bool RemoveWorkFile(Opened& temp, const std::string& work) {
+  temp.file.reset();
+  return os::RemoveFile(work.c_str()) == 0 || os::RemoveFile(work.c_str()) == 0;
+}
+
+// Copies file line by line through editor into temp and copies the result
+// back into file.
+bool CopyThrough(FILE* file, FILE* temp, LineEditor& editor) {
+  LineWriter writer(temp);
+  char line[kLineSize];
+  while (ReadLine(file, line, sizeof line)) editor.OnLine(line, writer);
+  editor.OnEnd(writer);
+  if (std::fflush(temp) != 0 || std::ferror(temp) || std::ferror(file)) return false;
+  return CopyBack(temp, file) == 0;
+}
+
+// Rewrites path through editor, using its work file and keeping the file
+// open meanwhile. The work file is deleted whatever happened; success only
+// when every step, its deletion included, succeeded.
 bool Rewrite(const char* path, LineEditor& editor) {
   std::string work;
   if (!path || !WorkFileName(path, &work)) return false;
@@ -171,17 +190,11 @@ bool Rewrite(const char* path, LineEditor& editor) {
   if (!file) return false;
   Opened temp = OpenShared(work.c_str(), "w+b");
   if (!temp) return false;
-  auto removeWork = os::scope_exit([&] {
-    temp.file.reset();
-    os::RemoveFile(work.c_str());
-  });
-  LineWriter writer(temp.get());
-  char line[kLineSize];
-  while (ReadLine(file.get(), line, sizeof line)) editor.OnLine(line, writer);
-  editor.OnEnd(writer);
-  if (std::fflush(temp.get()) != 0 || std::ferror(temp.get()) || std::ferror(file.get()))
-    return false;
-  return CopyBack(temp.get(), file.get()) == 0;
+  // The guard deletes the work file should the copy throw.
+  auto removeWork = os::scope_exit([&] { RemoveWorkFile(temp, work); });
+  bool copied = CopyThrough(file.get(), temp.get(), editor);
+  removeWork.dismiss();
+  return RemoveWorkFile(temp, work) && copied;
 }
 
 }  // namespace
