@@ -73,6 +73,10 @@ VLRESULT OpenSession(ApiSession& session, const char* userName, uint16_t lock) {
   UpperCase(name);
   CopyBounded(session.userName, name);
   const std::string userDirectory = std::string(session.userArea) + session.userName + "\\";
+  if ((userDirectory + "V-OUT\\").size() >= sizeof session.userOutDir) {
+    ApiReportError(&session, "User directory name too long: %sV-OUT\\", userDirectory.c_str());
+    return VL_E_PATH_NOT_FOUND;
+  }
   CopyBounded(session.userOutDir, userDirectory + "V-OUT\\");
   CopyBounded(session.userInDir, userDirectory + "V-IN\\");
   session.lockRequested = lock != 0;

@@ -54,8 +54,8 @@ VLRESULT ReportGeneratorResult(const ApiSession& session, UniqueFileResult resul
 
 }  // namespace
 
-VLRESULT CreateAutoFile(const ApiSession& session, const char* prefix, const char* extension,
-                        const char* path, std::string* name) {
+VLRESULT CheckAutoFileArguments(const ApiSession& session, const char* prefix,
+                                const char* extension, const char* path) {
   prefix = prefix ? prefix : "";
   extension = extension ? extension : "";
   path = path ? path : "";
@@ -74,6 +74,14 @@ VLRESULT CreateAutoFile(const ApiSession& session, const char* prefix, const cha
     ApiReportError(&session, "Path name invalid");
     return VL_E_INVALID_PARAM;
   }
+  return VL_OK;
+}
+
+namespace {
+
+// CreateAutoFile once its arguments are known to be good.
+VLRESULT CreateCheckedAutoFile(const ApiSession& session, const char* prefix,
+                               const char* extension, const char* path, std::string* name) {
   std::string directory = path;
   EnsureBackslash(directory);
 
@@ -100,13 +108,25 @@ VLRESULT CreateAutoFile(const ApiSession& session, const char* prefix, const cha
     }
     ApiTrace(&session, "VlxCreateAutoFile - New file '%s' already referenced in MSGDIR file",
              (directory + stem + "*").c_str());
-    // The file keeps the name taken, under the extension TMP; when it cannot
-    // be renamed it goes, rather than pass for a file of the listed message.
+    // The file keeps the name taken, under the extension TMP. When it cannot
+    // be renamed it goes, rather than pass for a file of the listed message,
+    // and the call fails: the generator would only make the same name again.
     const std::string createdPath = directory + created;
     if (!para::EqualNoCase(extension, "TMP") &&
-        os::RenameFile(createdPath.c_str(), (directory + stem + "TMP").c_str()) != os::kOk)
+        os::RenameFile(createdPath.c_str(), (directory + stem + "TMP").c_str()) != os::kOk) {
       os::RemoveFile(createdPath.c_str());
+      ApiReportError(&session, "Unable to create file");
+      return VL_E_FILE_CREATE_ERROR;
+    }
   }
+}
+
+}  // namespace
+
+VLRESULT CreateAutoFile(const ApiSession& session, const char* prefix, const char* extension,
+                        const char* path, std::string* name) {
+  if (VLRESULT rc = CheckAutoFileArguments(session, prefix, extension, path)) return rc;
+  return CreateCheckedAutoFile(session, prefix, extension, path, name);
 }
 
 }  // namespace vl
@@ -120,12 +140,14 @@ extern "C" VLRESULT VLAPI_CALL VlxCreateAutoFile(VLHANDLE handle, const char* pr
       .Enter("VlxCreateAutoFile - Prefix = '%s', Extn = '%s', Path = '%s'",
              prefix ? prefix : "(null)", extension ? extension : "(null)", path ? path : "(null)")
       .Run([&](ApiSession& session) -> VLRESULT {
+        if (VLRESULT rc = CheckAutoFileArguments(session, prefix, extension, path)) return rc;
         if (!name) {
           ReportNullArgument(&session, "name");
           return VL_E_INVALID_PARAM;
         }
         std::string created;
-        if (VLRESULT rc = CreateAutoFile(session, prefix, extension, path, &created)) return rc;
+        if (VLRESULT rc = CreateCheckedAutoFile(session, prefix, extension, path, &created))
+          return rc;
         std::strcpy(name, created.c_str());
         return VL_OK;
       });

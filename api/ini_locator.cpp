@@ -13,7 +13,7 @@ const char kServerKey[] = "SOFTWARE\\Ornavex\\Velomar Server\\";
 const char kClientKey[] = "SOFTWARE\\Ornavex\\Velomar\\";
 const char kServerIni[] = "VELOMAR.INI";
 const char kClientIni[] = "VLCLIENT.INI";
-const size_t kRegistryValueChars = 255;  // values are read into 256 bytes
+const size_t kRegistryValueBytes = 256;
 const size_t kSearchListChars = 512;
 const size_t kSearchElementChars = 255;
 
@@ -25,9 +25,9 @@ bool FileExists(const std::string& path) {
 // The registry value naming a directory, as "DIRECTORY\" + file name.
 bool RegistryFilePath(const char* key, const char* value, const char* file, std::string* path) {
   std::string directory;
-  if (os::RegistryReadString(os::Hive::LocalMachine, key, value, &directory) != os::kOk)
+  if (os::RegistryReadString(os::Hive::LocalMachine, key, value, &directory,
+                             kRegistryValueBytes) != os::kOk)
     return false;
-  if (directory.size() > kRegistryValueChars) directory.resize(kRegistryValueChars);
   directory = UpperCase(directory);
   EnsureBackslash(directory);
   *path = directory + file;

@@ -74,12 +74,14 @@ class CounterSequence {
   int start_ = 0;
 };
 
-// Counts the files with the base name of pattern (at most limit); -1 when
+// Counts the entries (files or directories) with the base name of pattern
+// (at most limit); -1 when
 // the directory cannot be searched. A missing directory counts none, so
 // that the creation reports it.
 int CountFiles(const std::string& pattern, int limit) {
   std::vector<std::string> names;
-  int error = os::ListFiles(pattern.c_str(), &names, limit);
+  int error =
+      os::ListFiles(pattern.c_str(), &names, limit, os::Listing::FilesAndDirectories);
   if (error == os::kPathNotFound) return 0;
   return error ? -1 : static_cast<int>(names.size());
 }
@@ -112,9 +114,9 @@ UniqueFileResult MakeUniqueFile(const char* prefix, const char* extension, const
     // Another process may have taken the same base name with another
     // extension at the same moment: then this name is given up.
     int now = CountFiles(stem + ".*", 2);
-    if (now < 0 || now > 1) os::RemoveFile(path.c_str());
-    if (now < 0) return UniqueFileResult::Failed;
+    if (now != 1) os::RemoveFile(path.c_str());
     if (now > 1) continue;
+    if (now < 1) return UniqueFileResult::Failed;  // the search failed, or the file went
     *name = base + "." + extension;
     return UniqueFileResult::Created;
   }

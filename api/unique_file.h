@@ -23,6 +23,12 @@ enum class UniqueFileResult {
 UniqueFileResult MakeUniqueFile(const char* prefix, const char* extension, const char* directory,
                                 std::string* name);
 
+// Checks the arguments of CreateAutoFile: a 4-character prefix, a 1 to 3
+// character extension, a path of 1 to 256 characters (256 only when it
+// ends in a backslash). 0, or 0xF700 reported.
+VLRESULT CheckAutoFileArguments(const ApiSession& session, const char* prefix,
+                                const char* extension, const char* path);
+
 // Creates a unique file as MakeUniqueFile does in path (a backslash is
 // appended when missing), skipping names that the directory's message list
 // "MSGDIR.CTL" still references. name receives the base name without its

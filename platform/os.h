@@ -31,6 +31,7 @@ enum Error : int {
   kDiskFull = 112,
   kAlreadyExists = 183,
   kFilenameTooLong = 206,
+  kMoreData = 234,
 };
 
 // Who else may open a file while this opener holds it.
@@ -83,9 +84,12 @@ int CopyFileReplacing(const char* from, const char* to);
 int SetModifiedTime(const char* path, int64_t secondsSince1970);
 
 // Names (without directory) of the ordinary files matching a wildcard
-// pattern such as "C:\DIR\~FAXA000.*". No match is success with no names.
-// Stops after maxNames names when maxNames is above 0.
-int ListFiles(const char* pattern, std::vector<std::string>* names, int maxNames = 0);
+// pattern such as "C:\DIR\~FAXA000.*", and of the directories too when
+// asked. No match is success with no names. Stops after maxNames names
+// when maxNames is above 0.
+enum class Listing { FilesOnly, FilesAndDirectories };
+int ListFiles(const char* pattern, std::vector<std::string>* names, int maxNames = 0,
+              Listing listing = Listing::FilesOnly);
 
 // Opens a file for reading, denying all access to every other opener, and
 // returns a descriptor: the per-user lock.
@@ -106,7 +110,10 @@ bool GetEnvironment(const char* name, std::string* value);
 std::string SystemErrorText(int error);
 
 enum class Hive { LocalMachine, CurrentUser };
-int RegistryReadString(Hive hive, const char* key, const char* value, std::string* data);
+// Reads a string value of at most capacity bytes (its NUL included); a
+// longer value is not read (kMoreData).
+int RegistryReadString(Hive hive, const char* key, const char* value, std::string* data,
+                       size_t capacity);
 // Writes a string value under an existing key (the key is never created).
 int RegistryWriteString(Hive hive, const char* key, const char* value, const char* data);
 

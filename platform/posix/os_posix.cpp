@@ -218,7 +218,8 @@ int SetModifiedTime(const char* path, int64_t secondsSince1970) {
   return utimes(native.c_str(), times) == 0 ? kOk : ErrorFromErrno(errno, native);
 }
 
-int ListFiles(const char* pattern, std::vector<std::string>* names, int maxNames) {
+int ListFiles(const char* pattern, std::vector<std::string>* names, int maxNames,
+              Listing listing) {
   names->clear();
   if (int e = Injected(Op::ListFiles)) return e;
   std::string native = NativePath(pattern);
@@ -230,7 +231,10 @@ int ListFiles(const char* pattern, std::vector<std::string>* names, int maxNames
   while (struct dirent* entry = readdir(dir)) {
     if (!MatchesFileName(wildcard, entry->d_name)) continue;
     struct stat st;
-    if (stat((directory + entry->d_name).c_str(), &st) != 0 || S_ISDIR(st.st_mode)) continue;
+    if (stat((directory + entry->d_name).c_str(), &st) != 0) continue;
+    if (S_ISDIR(st.st_mode) && (listing == Listing::FilesOnly || !std::strcmp(entry->d_name, ".") ||
+                                !std::strcmp(entry->d_name, "..")))
+      continue;
     names->push_back(entry->d_name);
     if (maxNames > 0 && static_cast<int>(names->size()) >= maxNames) break;
   }
@@ -297,10 +301,12 @@ std::string SystemErrorText(int error) {
   return it == texts.end() ? std::string() : std::string(it->second);
 }
 
-int RegistryReadString(Hive hive, const char* key, const char* value, std::string* data) {
+int RegistryReadString(Hive hive, const char* key, const char* value, std::string* data,
+                       size_t capacity) {
   if (int e = Injected(Op::RegistryRead)) return e;
   auto it = Registry().find(RegistryName(hive, key, value));
   if (it == Registry().end()) return kFileNotFound;
+  if (it->second.size() + 1 > capacity) return kMoreData;
   *data = it->second;
   return kOk;
 }

@@ -184,7 +184,8 @@ int SetModifiedTime(const char* path, int64_t secondsSince1970) {
   return SetFileTime(handle.get(), nullptr, nullptr, &ft) ? kOk : static_cast<int>(GetLastError());
 }
 
-int ListFiles(const char* pattern, std::vector<std::string>* names, int maxNames) {
+int ListFiles(const char* pattern, std::vector<std::string>* names, int maxNames,
+              Listing listing) {
   names->clear();
   if (int e = Injected(Op::ListFiles)) return e;
   WIN32_FIND_DATAA data;
@@ -195,7 +196,11 @@ int ListFiles(const char* pattern, std::vector<std::string>* names, int maxNames
                                                                          : static_cast<int>(error);
   }
   do {
-    if (data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) continue;
+    if (data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) {
+      if (listing == Listing::FilesOnly || !std::strcmp(data.cFileName, ".") ||
+          !std::strcmp(data.cFileName, ".."))
+        continue;
+    }
     names->push_back(data.cFileName);
     if (maxNames > 0 && static_cast<int>(names->size()) >= maxNames) break;
   } while (FindNextFileA(find.get(), &data));
@@ -282,21 +287,21 @@ std::string SystemErrorText(int error) {
   return std::string(buffer, length);
 }
 
-int RegistryReadString(Hive hive, const char* key, const char* value, std::string* data) {
+int RegistryReadString(Hive hive, const char* key, const char* value, std::string* data,
+                       size_t capacity) {
   if (int e = Injected(Op::RegistryRead)) return e;
   HKEY raw = nullptr;
   LONG status = RegOpenKeyExA(HiveKey(hive), key, 0, KEY_READ, &raw);
   if (status != ERROR_SUCCESS) return static_cast<int>(status);
   UniqueRegistryKey opened(raw);
-  char buffer[1024];
+  std::string buffer(capacity + 1, '\0');
   DWORD type = 0;
-  DWORD size = sizeof buffer - 1;
+  DWORD size = static_cast<DWORD>(capacity);
   status = RegQueryValueExA(opened.get(), value, nullptr, &type,
-                            reinterpret_cast<BYTE*>(buffer), &size);
+                            reinterpret_cast<BYTE*>(buffer.data()), &size);
   if (status != ERROR_SUCCESS) return static_cast<int>(status);
   if (type != REG_SZ && type != REG_EXPAND_SZ) return kFileNotFound;
-  buffer[size] = '\0';
-  data->assign(buffer);
+  data->assign(buffer.c_str());
   return kOk;
 }
 

@@ -48,13 +48,14 @@ TEST_F(AutoFileTest, NamesCountUpFromZeroSkippingTakenBaseNames) {
   EXPECT_EQ(vltest::ReadFile(dir_ + "~FAXA000.TIF"), "");
   vltest::WriteFile(dir_ + "~FAXA001.DOC", "other extension");
   vltest::WriteFile(dir_ + "~FAXA002", "no extension");
+  vltest::MakeDirectories(dir_ + "~FAXA003.DIR");  // a directory takes a name too
   ASSERT_EQ(Create("FAXA", "TIF", scratch_.Path("OUT")), VL_OK);  // backslash appended
-  EXPECT_STREQ(name_, "~FAXA003");
+  EXPECT_STREQ(name_, "~FAXA004");
   ASSERT_EQ(Create("FAXB", "C", dir_), VL_OK);
   EXPECT_STREQ(name_, "~FAXB000");
   EXPECT_EQ(vltest::ListDirectory(dir_),
             (std::vector<std::string>{"~FAXA000.TIF", "~FAXA001.DOC", "~FAXA002",
-                                      "~FAXA003.TIF", "~FAXB000.C"}));
+                                      "~FAXA003.DIR", "~FAXA004.TIF", "~FAXB000.C"}));
 }
 
 TEST_F(AutoFileTest, AfterTheLowReserveTheCounterStartsAtRandom) {
@@ -99,6 +100,8 @@ TEST_F(AutoFileTest, ArgumentsAreCheckedBeforeAnyFileIsMade) {
   EXPECT_EQ(VlxCreateAutoFile(handle_, "FAXA", "TIF", nullptr, name_), VL_E_INVALID_PARAM);
   EXPECT_EQ(VlxCreateAutoFile(handle_, "FAXA", "TIF", dir_.c_str(), nullptr), VL_E_INVALID_PARAM);
   EXPECT_EQ(Reported::Last(), "Invalid parameter supplied to API: name is NULL");
+  EXPECT_EQ(VlxCreateAutoFile(handle_, "FAX", "TIF", dir_.c_str(), nullptr), VL_E_INVALID_PARAM);
+  EXPECT_EQ(Reported::Last(), "Prefix name must be 4 characters");  // the arguments come first
   EXPECT_TRUE(vltest::ListDirectory(dir_).empty());
 }
 
@@ -129,6 +132,14 @@ TEST_F(AutoFileTest, NamesStillReferencedByTheMessageListAreSkipped) {
       ++referenced;
     }
   EXPECT_EQ(referenced, 2);
+}
+
+TEST_F(AutoFileTest, AListedNameThatCannotBeSetAsideFailsTheCall) {
+  vltest::WriteFile(dir_ + "MSGDIR.CTL", "[DOCUMENT]\r\nFile: ~FAXA000.TIF\r\n");
+  os::fault::Inject(os::fault::Op::RenameFile, 1, os::kAccessDenied, true);
+  EXPECT_EQ(Create("FAXA", "TIF", dir_), VL_E_FILE_CREATE_ERROR);
+  EXPECT_EQ(Reported::Last(), "Unable to create file");
+  EXPECT_EQ(vltest::ListDirectory(dir_), std::vector<std::string>{"MSGDIR.CTL"});
 }
 
 TEST_F(AutoFileTest, GeneratorFailuresMapToResultCodes) {

@@ -218,6 +218,14 @@ TEST_F(ConfigDiscovery, ApiSettingsAreReadOncePerProcess) {
   EXPECT_EQ(lines[1].substr(12), "VlxAPIInit - user '(none)'");
 }
 
+TEST_F(ConfigDiscovery, UserDirectoriesThatDoNotFitAreRefused) {
+  const std::string area = scratch_.Dir() + std::string(250 - scratch_.Dir().size(), 'U') + "\\";
+  WriteClientFile("[SERVER]\r\nAllUserArea: " + area + "\r\nRequestArea: " + tree_.Request() +
+                  "\r\nSystemArea: " + tree_.System() + "\r\n");
+  EXPECT_EQ(Init("JSMITH"), VL_E_PATH_NOT_FOUND);
+  EXPECT_EQ(Reported::Last(), "User directory name too long: " + area + "JSMITH\\V-OUT\\");
+}
+
 TEST_F(ConfigDiscovery, ExplicitAreasReplaceTheFile) {
   tree_.AddUser("JSMITH");
   tree_.UseAsExplicitAreas();
@@ -264,8 +272,10 @@ TEST_F(ConfigDiscovery, RegistryNamesTheServerFile) {
   WriteClientFile("[WORKSTATION]\r\n");  // would fail if it were read
   vltest::MakeDirectories(scratch_.Path("SERVERINI"));
   vltest::WriteFile(scratch_.Path("SERVERINI\\VELOMAR.INI"), tree_.ConfigText("[SERVER]"));
-  SetMachineValue(kServerKey, "VelomarIniPath", scratch_.Path("serverini"));
+  SetMachineValue(kServerKey, "VelomarIniPath", std::string(256, 'X'));  // too long to read
   std::string found;
+  EXPECT_EQ(vl::FindServerIni(&found), 0xF018);
+  SetMachineValue(kServerKey, "VelomarIniPath", scratch_.Path("serverini"));
   ASSERT_EQ(vl::FindServerIni(&found), 0);
   EXPECT_EQ(found, vl::UpperCase(scratch_.Path("SERVERINI\\VELOMAR.INI")));
   ASSERT_EQ(Init(), VL_OK) << Reported::Last();
