@@ -54,6 +54,9 @@ class CallFrame {
     return *this;
   }
 
+  // For work that succeeds without the closing trace line.
+  void OmitClosingTrace() { quiet_ = true; }
+
   // Runs work(ApiSession&) and returns its result code.
   template <typename Work>
   VLRESULT Run(Work&& work) noexcept {
@@ -61,7 +64,7 @@ class CallFrame {
     if (rule_ == UserRule::Needed && !session_->HasUser()) return VL_E_USER_NOT_INIT;
     ApiSession& session = *session_;
     VLRESULT result = Guarded(&session, [&] { return work(session); });
-    if (result == VL_OK) {
+    if (result == VL_OK && !quiet_) {
       try {
         ApiTrace(&session, "...%s - return OK", name_);
       } catch (...) {
@@ -74,6 +77,7 @@ class CallFrame {
   const char* name_;
   UserRule rule_;
   SessionPtr session_;
+  bool quiet_ = false;
 };
 
 }  // namespace vl

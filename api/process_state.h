@@ -21,6 +21,8 @@ struct ProcessState {
   int32_t checkServerDisabled = 0;
   int32_t sentItemsEnabled = 0;
   int32_t deleteFailedFaxes = 0;
+  // Whether changes of a user's lists touch the in directory's list file.
+  int32_t touchMessageList = 1;
   // Directory of the trace file and of the automation layer's temporary
   // files; empty means the system temporary directory.
   char apiTempDirectory[257] = {};

@@ -13,4 +13,7 @@ VLRESULT VLAPI_CALL VlxGetServerArea(VLHANDLE handle, char* buffer, int16_t bufL
 VLRESULT VLAPI_CALL VlxGetRequestArea(VLHANDLE handle, char* buffer, int16_t bufLen);
 VLRESULT VLAPI_CALL VlxGetUsersArea(VLHANDLE handle, char* buffer, int16_t bufLen);
 
+// Marks one message as read: its user status becomes "OK".
+VLRESULT VLAPI_CALL VlxMarkMsgAsRead(VLHANDLE handle, uint16_t directory, const char* body);
+
 }  // extern "C"

@@ -35,8 +35,14 @@ bool EqualNoCase(const char* a, const char* b) {
 }
 
 bool ReadLine(FILE* stream, char* buffer, int size, long* lineStart) {
-  if (size < 2) return false;
   if (lineStart) *lineStart = std::ftell(stream);
+  long consumed = 0;
+  return ReadLineCounted(stream, buffer, size, &consumed);
+}
+
+bool ReadLineCounted(FILE* stream, char* buffer, int size, long* consumed) {
+  *consumed = 0;
+  if (size < 2) return false;
   // The buffer is pre-filled with LF so that the terminator fgets writes is
   // the last NUL in it, even when the line itself holds NUL bytes.
   std::memset(buffer, '\n', static_cast<size_t>(size));
@@ -46,9 +52,12 @@ bool ReadLine(FILE* stream, char* buffer, int size, long* lineStart) {
   }
   int length = size - 1;
   while (length > 0 && buffer[length] != '\0') --length;
+  *consumed = length;
   if (length == 0 || buffer[length - 1] != '\n') {
     int c;
-    while ((c = std::getc(stream)) != EOF && c != '\n') {
+    while ((c = std::getc(stream)) != EOF) {
+      ++*consumed;
+      if (c == '\n') break;
     }
   }
   const bool eightBit = g_eightBitText;

@@ -26,6 +26,10 @@ bool EightBitText();
 // which the line began. False at the end of the file.
 bool ReadLine(FILE* stream, char* buffer, int size, long* lineStart = nullptr);
 
+// ReadLine that reports the number of bytes the line took in the file, its
+// line end and any skipped rest included, instead of asking the stream.
+bool ReadLineCounted(FILE* stream, char* buffer, int size, long* consumed);
+
 // Kinds of cleaned line.
 inline bool IsHeader(const char* line) { return line[0] == '['; }
 inline bool IsContentLine(const char* line) {

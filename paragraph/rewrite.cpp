@@ -162,13 +162,6 @@ class GroupValuesEditor : public LineEditor {
   bool written2_ = false;
 };
 
-// Closes and deletes the work file. A failed deletion is tried once more, so
-// that a passing error does not leave the work file behind.
-bool RemoveWorkFile(Opened& temp, const std::string& work) {
-  temp.file.reset();
-  return os::RemoveFile(work.c_str()) == 0 || os::RemoveFile(work.c_str()) == 0;
-}
-
 // Copies file line by line through editor into temp and copies the result
 // back into file.
 bool CopyThrough(FILE* file, FILE* temp, LineEditor& editor) {
@@ -191,13 +184,18 @@ bool Rewrite(const char* path, LineEditor& editor) {
   Opened temp = OpenShared(work.c_str(), "w+b");
   if (!temp) return false;
   // The guard deletes the work file should the copy throw.
-  auto removeWork = os::scope_exit([&] { RemoveWorkFile(temp, work); });
+  auto removeWork = os::scope_exit([&] { RemoveWorkFile(temp.file, work); });
   bool copied = CopyThrough(file.get(), temp.get(), editor);
   removeWork.dismiss();
-  return RemoveWorkFile(temp, work) && copied;
+  return RemoveWorkFile(temp.file, work) && copied;
 }
 
 }  // namespace
+
+bool RemoveWorkFile(os::UniqueFile& file, const std::string& path) {
+  file.reset();
+  return os::RemoveFile(path.c_str()) == 0 || os::RemoveFile(path.c_str()) == 0;
+}
 
 bool WorkFileName(const char* path, std::string* work) {
   size_t length = std::strlen(path);

@@ -6,6 +6,8 @@
 #include <cstdio>
 #include <string>
 
+#include "platform/raii.h"
+
 namespace para {
 
 // Internal failure code of CopyBack; it never leaves the library.
@@ -23,6 +25,10 @@ int CopyBack(FILE* source, FILE* target);
 // The work file of a rewrite: the path with its extension replaced by
 // ".TMP" (".TM2" when it already is ".TMP"); false when too long.
 bool WorkFileName(const char* path, std::string* work);
+
+// Closes and deletes a work file, trying the deletion twice so that a
+// passing error does not leave it behind; true once it is gone.
+bool RemoveWorkFile(os::UniqueFile& file, const std::string& path);
 
 // Sets keyword to value in paragraph header: the first line of the
 // paragraph that begins with keyword is replaced (all are kept with

@@ -35,16 +35,24 @@ TEST(Exports, NamesAndOrdinals) {
   const struct {
     const char* name;
     WORD ordinal;
-  } exports[] = {{"VlxAPIInit", 1},        {"VlxAPIClosedown", 2},  {"VlxGetUserOutDir", 3},
-                 {"VlxGetUserInDir", 4},   {"VlxGetAPIVersion", 16}, {"VlxEscape", 17},
-                 {"VlxGetUserArea", 22},   {"VlxGetSystemArea", 23}, {"VlxCreateAutoFile", 24}};
+  } exports[] = {
+      {"VlxAPIInit", 1},         {"VlxAPIClosedown", 2},     {"VlxGetUserOutDir", 3},
+      {"VlxGetUserInDir", 4},    {"VlxGetMsgList", 5},       {"VlxGetMsgInfo", 6},
+      {"VlxCheckServer", 8},     {"VlxAbortMsg", 10},        {"VlxHoldMsg", 11},
+      {"VlxReleaseMsg", 12},     {"VlxDeleteMsg", 13},       {"VlxGetAPIVersion", 16},
+      {"VlxEscape", 17},         {"VlxStartServer", 19},     {"VlxStopServer", 20},
+      {"VlxRestartServer", 21},  {"VlxGetUserArea", 22},     {"VlxGetSystemArea", 23},
+      {"VlxCreateAutoFile", 24}, {"VlxRushMsgEx", 28},       {"VlxAbortMsgEx", 29},
+      {"VlxHoldMsgEx", 30},      {"VlxReleaseMsgEx", 31},    {"VlxGetMsgListEx", 32},
+      {"VlxGetMsgInfoEx", 33},   {"VlxCheckNewMsgStatus", 37}, {"VlxGetDocuments", 38}};
   for (const auto& e : exports) {
     FARPROC byName = GetProcAddress(dll.get(), e.name);
     EXPECT_NE(byName, nullptr) << e.name;
     EXPECT_EQ(byName, GetProcAddress(dll.get(), MAKEINTRESOURCEA(e.ordinal))) << e.name;
   }
   // Functions the library uses itself are not exported.
-  for (const char* internal : {"VlxGetServerArea", "VlxGetRequestArea", "VlxGetUsersArea"})
+  for (const char* internal : {"VlxGetServerArea", "VlxGetRequestArea", "VlxGetUsersArea",
+                               "VlxMarkMsgAsRead"})
     EXPECT_EQ(GetProcAddress(dll.get(), internal), nullptr) << internal;
 }
 

@@ -1,9 +1,9 @@
-#ifdef _WIN32
 #include "tests/support/file_holder.h"
 
-#include <windows.h>
-
 #include <gtest/gtest.h>
+
+#ifdef _WIN32
+#include <windows.h>
 
 #include "platform/win32/raii_win.h"
 
@@ -72,4 +72,17 @@ void FileHolder::Release() {
 FileHolder::~FileHolder() { Release(); }
 
 }  // namespace vltest
+
+#else
+
+namespace vltest {
+
+FileHolder::FileHolder(const std::string&, const std::string&) {
+  ADD_FAILURE() << "holding a file for another process needs Windows sharing modes";
+}
+void FileHolder::Release() {}
+FileHolder::~FileHolder() = default;
+
+}  // namespace vltest
+
 #endif

@@ -1,0 +1,139 @@
+// Changing a message directory file in place: MsgDirUpdate and MsgDirReset.
+#include <cstdio>
+#include <string>
+
+#include "api/diagnostics.h"
+#include "msg/msg_dir.h"
+#include "msg/tables.h"
+#include "paragraph/open_shared.h"
+#include "paragraph/rewrite.h"
+#include "platform/os.h"
+
+namespace vl {
+namespace {
+
+struct ListFiles {
+  std::string list;  // MSGDIR.CTL
+  std::string work;  // MSGDIR.TMP beside it
+};
+
+ListFiles PathsOf(const ApiSession& session, uint16_t selector) {
+  const std::string directory = MessageDirectory(session, selector);
+  return {directory + "MSGDIR.CTL", directory + "MSGDIR.TMP"};
+}
+
+// Copies count bytes (all that remain when count is negative).
+void CopyBytes(FILE* from, FILE* to, long count) {
+  char block[4096];
+  while (count != 0) {
+    size_t want = count < 0 || count > static_cast<long>(sizeof block) ? sizeof block
+                                                                       : static_cast<size_t>(count);
+    size_t got = std::fread(block, 1, want, from);
+    if (got == 0 || std::fwrite(block, 1, got, to) != got) return;
+    if (count > 0) count -= static_cast<long>(got);
+  }
+}
+
+void WriteEntry(FILE* out, const NewEntry& entry) {
+  const DataFormat* format = FormatByCode(entry.format);
+  const char* comment = entry.comment && *entry.comment ? entry.comment : "(submitted from API)";
+  std::fprintf(out,
+               "\r\n[DOCUMENT]\r\nFile: %s.%s\r\nComment: %s\r\nOrganisation: %s\r\n"
+               "[MESSAGE]\r\nAssocFile:\r\nFormat: %s\r\nAccepted: 00-00-00 00:00:00\r\n"
+               "Type: SEND\r\nStatus: Su\r\nUserStatus: Aw\r\nSubject: %s\r\nMsgType: %s\r\n"
+               "Custom: %s\r\n",
+               entry.body, format ? format->extension : "", comment,
+               entry.organisation ? entry.organisation : "", format ? format->word : "",
+               entry.subject ? entry.subject : "", entry.messageType == 3 ? "SMS" : "FAX",
+               entry.custom ? entry.custom : "");
+}
+
+// Writes the new list into the work file and copies it back into the list.
+VLRESULT Rewrite(const ApiSession& session, uint16_t selector, const ListFiles& paths, FILE* list,
+                 FILE* work, const char* remove, const NewEntry* add) {
+  long removeStart = -1, removeEnd = -1;
+  if (remove) {
+    LineCursor cursor(list);
+    VLMSGINFOEX info;
+    if (VLRESULT rc = MsgDirReadEntry(session, selector, cursor, remove, &removeStart,
+                                      kFullInfoSize, &info)) {
+      ApiReportError(&session, "Message %s not found", remove);
+      return rc;
+    }
+    if (!IsCompletedStatus(info.Status)) {
+      ApiReportError(&session, "Message %s not completed", remove);
+      return VL_E_MSG_NOT_COMPLETED;
+    }
+    // The entry ends where the next one begins, or at the end of the file.
+    while (removeEnd < 0 && cursor.Next())
+      if (para::EqualNoCase(cursor.line(), "[DOCUMENT]")) removeEnd = cursor.start();
+    if (removeEnd < 0) removeEnd = static_cast<long>(os::StreamLength(list));
+  }
+  std::rewind(list);
+  if (remove) {
+    CopyBytes(list, work, removeStart);
+    std::fseek(list, removeEnd, SEEK_SET);
+  }
+  CopyBytes(list, work, -1);
+  if (add && selector == kDirectoryOut) WriteEntry(work, *add);
+  if (std::fflush(work) != 0 || std::ferror(work) || std::ferror(list)) {
+    ApiReportError(&session, "File error updating info file");
+    return VL_E_INFO_FILE_ERROR;
+  }
+  if (para::CopyBack(work, list) != 0) {
+    ApiReportError(&session, "Unable to replace file %s", paths.list.c_str());
+    return VL_E_INFO_FILE_ERROR;
+  }
+  return VL_OK;
+}
+
+}  // namespace
+
+VLRESULT MsgDirUpdate(const ApiSession& session, uint16_t selector, const char* remove,
+                      const NewEntry* add) {
+  const ListFiles paths = PathsOf(session, selector);
+  para::Opened list = para::OpenShared(0, paths.list.c_str(), "rb+");
+  if (!list) {
+    ApiReportError(&session, "Error opening file %s", paths.list.c_str());
+    return VL_E_INFO_FILE_OPEN_ERROR;
+  }
+  para::Opened work = para::OpenShared(0, paths.work.c_str(), "wb+");
+  if (!work) {
+    ApiReportError(&session, "Error creating file %s", paths.work.c_str());
+    return VL_E_INFO_FILE_OPEN_ERROR;
+  }
+  VLRESULT rc = Rewrite(session, selector, paths, list.get(), work.get(), remove, add);
+  para::RemoveWorkFile(work.file, paths.work);
+  list.file.reset();
+  NotifyGroupChange(session, false, session.userName, session.userInDir);
+  return rc;
+}
+
+VLRESULT MsgDirReset(const ApiSession& session, uint16_t selector) {
+  const ListFiles paths = PathsOf(session, selector);
+  para::Opened list = para::OpenShared(paths.list.c_str(), "rb+");
+  if (!list && list.error == os::kFileNotFound) list = para::OpenShared(paths.list.c_str(), "wb+");
+  if (!list) {
+    ApiReportError(&session, "Error opening file %s", paths.list.c_str());
+    return VL_E_INFO_FILE_OPEN_ERROR;
+  }
+  para::Opened work = para::OpenShared(paths.work.c_str(), "wb+");
+  if (!work) {
+    ApiReportError(&session, "Error creating file %s", paths.work.c_str());
+    return VL_E_INFO_FILE_OPEN_ERROR;
+  }
+  VLRESULT rc = VL_OK;
+  std::fprintf(work.get(), "[VELOMAR]\r\nType: %s\r\nRevision: A\r\n",
+               selector == kDirectoryOut ? "SendDir" : "ReceiveDir");
+  if (std::fflush(work.get()) != 0 || std::ferror(work.get())) {
+    ApiReportError(&session, "File error updating info file");
+    rc = VL_E_INFO_FILE_ERROR;
+  } else if (para::CopyBack(work.get(), list.get()) != 0) {
+    ApiReportError(&session, "Unable to replace file %s", paths.list.c_str());
+    rc = VL_E_INFO_FILE_ERROR;
+  }
+  para::RemoveWorkFile(work.file, paths.work);
+  return rc;
+}
+
+}  // namespace vl
