@@ -10,10 +10,9 @@ namespace vl {
 // Copies at most size-1 characters of text and terminates.
 inline void CopyBounded(char* out, size_t size, const char* text) {
   if (size == 0) return;
-  size_t length = std::strlen(text);
-  if (length >= size) length = size - 1;
-  std::memcpy(out, text, length);
-  out[length] = '\0';
+  size_t i = 0;
+  for (; i + 1 < size && text[i]; ++i) out[i] = text[i];
+  out[i] = '\0';
 }
 
 template <size_t N>

@@ -26,11 +26,19 @@ VLRESULT CheckBodyLength(const ApiSession& session, const char* body);
 VLRESULT CheckNotReserved(const ApiSession& session, const char* body);
 VLRESULT CheckInfoSize(const ApiSession& session, uint16_t size);
 
-// Reads the next entry from the cursor, or the next one named wanted.
+// Reads the entries of one open list, keeping its buffers between entries.
+struct MsgDirReader {
+  explicit MsgDirReader(FILE* list);
+  LineCursor cursor;
+  ParagraphFields document;
+  ParagraphFields message;
+};
+
+// Reads the next entry from the reader, or the next one named wanted.
 // position, when given, receives where the entry's "[DOCUMENT]" line
 // begins. With a record, fills it as far as size asks. 0, 0xF70E at the
 // end (the normal end of a list) or 0xF713 for a malformed entry.
-VLRESULT MsgDirReadEntry(const ApiSession& session, uint16_t selector, LineCursor& cursor,
+VLRESULT MsgDirReadEntry(const ApiSession& session, uint16_t selector, MsgDirReader& reader,
                          const char* wanted, long* position, uint16_t size, VLMSGINFOEX* record);
 
 // Removes the completed entry named remove and/or appends a new entry named

@@ -66,12 +66,20 @@ void ReadAccepted(const char* value, VLMSGINFOEX& record) {
   }
 }
 
+enum DocumentField { kFile, kComment, kOrganisation };
+enum MessageField { kAccepted, kType, kStatus, kUserStatus, kSubject, kMsgType, kCustom };
+
 VLRESULT Invalid(const ApiSession& session, const char* text) {
   ApiReportError(&session, "%s", text);
   return VL_E_INFO_FILE_INVALID;
 }
 
 }  // namespace
+
+MsgDirReader::MsgDirReader(FILE* list)
+    : cursor(list),
+      document({"File:", "Comment:", "Organisation:"}),
+      message({"Accepted:", "Type:", "Status:", "UserStatus:", "Subject:", "MsgType:", "Custom:"}) {}
 
 const char* DirectoryWord(uint16_t selector) {
   return selector == kDirectoryOut ? "V-OUT" : selector == kDirectoryIn ? "V-IN" : "???";
@@ -107,10 +115,12 @@ VLRESULT CheckInfoSize(const ApiSession& session, uint16_t size) {
   return VL_E_INVALID_PARAM;
 }
 
-VLRESULT MsgDirReadEntry(const ApiSession& session, uint16_t selector, LineCursor& cursor,
+VLRESULT MsgDirReadEntry(const ApiSession& session, uint16_t selector, MsgDirReader& reader,
                          const char* wanted, long* position, uint16_t size, VLMSGINFOEX* record) {
   (void)selector;
-  ParagraphLines document, message;
+  LineCursor& cursor = reader.cursor;
+  ParagraphFields& document = reader.document;
+  ParagraphFields& message = reader.message;
   char body[kMaxBodyChars + 1];
   for (;;) {
     // Skip to the next entry.
@@ -126,7 +136,7 @@ VLRESULT MsgDirReadEntry(const ApiSession& session, uint16_t selector, LineCurso
     }
     const long start = cursor.start();
     document.Collect(cursor);
-    const char* file = document.Value("File:");
+    const char* file = document.Value(kFile);
     if (!file || !BodyOfFileValue(file, body))
       return Invalid(session, "[DOCUMENT] File: line missing or invalid");
     if (wanted && !para::EqualNoCase(body, wanted)) continue;
@@ -139,12 +149,12 @@ VLRESULT MsgDirReadEntry(const ApiSession& session, uint16_t selector, LineCurso
     std::memset(record, 0, size);
     CopyBounded(record->Body, body);
   }
-  const char* comment = document.Value("Comment:");
+  const char* comment = document.Value(kComment);
   if (!comment) return Invalid(session, "[DOCUMENT] Comment: line missing or invalid");
   if (record) {
     CopyBounded(record->Comment, comment);
     if (full) {
-      const char* organisation = document.Value("Organisation:");
+      const char* organisation = document.Value(kOrganisation);
       CopyBounded(record->Organisation, organisation ? organisation : "");
     }
   }
@@ -158,30 +168,30 @@ VLRESULT MsgDirReadEntry(const ApiSession& session, uint16_t selector, LineCurso
   if (!foundMessage) return Invalid(session, "[MESSAGE] paragraph missing");
   message.Collect(cursor);
 
-  const char* accepted = message.Value("Accepted:");
+  const char* accepted = message.Value(kAccepted);
   if (!accepted) return Invalid(session, "[MESSAGE] Accepted: line missing or invalid");
   if (record && full) ReadAccepted(accepted, *record);
-  const char* type = message.Value("Type:");
+  const char* type = message.Value(kType);
   if (!type) return Invalid(session, "[MESSAGE] Type: line missing or invalid");
   const bool preview = para::EqualNoCase(type, "PREVIEW");
-  const char* status = message.Value("Status:");
+  const char* status = message.Value(kStatus);
   if (!status || std::strlen(status) != 2)
     return Invalid(session, "[MESSAGE] Status: line missing or invalid");
   if (!record) return VL_OK;
 
   record->Status = MessageStatusOf(status, preview);
   if (size >= 116) {
-    const char* userStatus = message.Value("UserStatus:");
+    const char* userStatus = message.Value(kUserStatus);
     if (!userStatus || std::strlen(userStatus) != 2)
       return Invalid(session, "[MESSAGE] UserStatus: line missing or invalid");
     record->UserStatus = UserStatusOf(userStatus);
   }
-  const char* subject = message.Value("Subject:");
+  const char* subject = message.Value(kSubject);
   CopyBounded(record->Subject, subject ? subject : "");
   if (!full) return VL_OK;
-  const char* messageType = message.Value("MsgType:");
+  const char* messageType = message.Value(kMsgType);
   record->MsgType = messageType ? MessageTypeOf(messageType, 1) : 1;
-  const char* custom = message.Value("Custom:");
+  const char* custom = message.Value(kCustom);
   CopyBounded(record->Custom, custom ? custom : "");
   return VL_OK;
 }

@@ -50,13 +50,13 @@ VLRESULT ListMessages(ApiSession& session, uint16_t selector, int16_t maxEntries
   para::Opened list;
   if (VLRESULT rc = OpenList(session, ListPath(session, selector), &list)) return rc;
   *count = 0;
-  LineCursor cursor(list.get());
+  MsgDirReader reader(list.get());
   auto* slots = reinterpret_cast<unsigned char*>(records);
   for (;;) {
     VLMSGINFOEX* record = *count < maxEntries
                               ? reinterpret_cast<VLMSGINFOEX*>(slots + *count * kFullInfoSize)
                               : nullptr;
-    VLRESULT rc = MsgDirReadEntry(session, selector, cursor, nullptr, nullptr, size, record);
+    VLRESULT rc = MsgDirReadEntry(session, selector, reader, nullptr, nullptr, size, record);
     if (rc == VL_E_MSG_UNKNOWN) return VL_OK;
     if (rc) return rc;
     ++*count;
@@ -74,8 +74,8 @@ VLRESULT GetMessageInfo(ApiSession& session, uint16_t selector, const char* body
   }
   para::Opened list;
   if (VLRESULT rc = OpenList(session, ListPath(session, selector), &list)) return rc;
-  LineCursor cursor(list.get());
-  return MsgDirReadEntry(session, selector, cursor, body, nullptr, size, info);
+  MsgDirReader reader(list.get());
+  return MsgDirReadEntry(session, selector, reader, body, nullptr, size, info);
 }
 
 }  // namespace

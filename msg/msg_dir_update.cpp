@@ -53,9 +53,10 @@ VLRESULT Rewrite(const ApiSession& session, uint16_t selector, const ListFiles& 
                  FILE* work, const char* remove, const NewEntry* add) {
   long removeStart = -1, removeEnd = -1;
   if (remove) {
-    LineCursor cursor(list);
+    MsgDirReader reader(list);
+    LineCursor& cursor = reader.cursor;
     VLMSGINFOEX info;
-    if (VLRESULT rc = MsgDirReadEntry(session, selector, cursor, remove, &removeStart,
+    if (VLRESULT rc = MsgDirReadEntry(session, selector, reader, remove, &removeStart,
                                       kFullInfoSize, &info)) {
       ApiReportError(&session, "Message %s not found", remove);
       return rc;

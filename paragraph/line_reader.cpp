@@ -29,6 +29,7 @@ bool StartsWithNoCase(const char* text, const char* prefix) {
 }
 
 bool EqualNoCase(const char* a, const char* b) {
+  if (Fold(static_cast<unsigned char>(*a)) != Fold(static_cast<unsigned char>(*b))) return false;
   for (; *a && *b; ++a, ++b)
     if (Fold(static_cast<unsigned char>(*a)) != Fold(static_cast<unsigned char>(*b))) return false;
   return *a == *b;
@@ -60,12 +61,23 @@ bool ReadLineCounted(FILE* stream, char* buffer, int size, long* consumed) {
       if (c == '\n') break;
     }
   }
-  const bool eightBit = g_eightBitText;
-  for (int i = 0; i < length; ++i)
-    if (!Printable(static_cast<unsigned char>(buffer[i]), eightBit)) buffer[i] = ' ';
-  while (length > 0 && (buffer[length - 1] == ' ' || buffer[length - 1] == '\t')) --length;
-  buffer[length] = '\0';
+  CleanLine(buffer, length);
   return true;
+}
+
+void CleanLine(char* line, int length) {
+  auto* bytes = reinterpret_cast<unsigned char*>(line);
+  if (g_eightBitText) {
+    // The common case, kept simple enough for the compiler to vectorise.
+    for (int i = 0; i < length; ++i)
+      if (bytes[i] < 32 || bytes[i] == 127) bytes[i] = ' ';
+  } else {
+    for (int i = 0; i < length; ++i)
+      if (!Printable(bytes[i], false)) bytes[i] = ' ';
+  }
+  // Tabs, CR and LF are blanks by now.
+  while (length > 0 && line[length - 1] == ' ') --length;
+  line[length] = '\0';
 }
 
 }  // namespace para

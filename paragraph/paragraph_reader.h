@@ -30,6 +30,11 @@ bool ReadLine(FILE* stream, char* buffer, int size, long* lineStart = nullptr);
 // line end and any skipped rest included, instead of asking the stream.
 bool ReadLineCounted(FILE* stream, char* buffer, int size, long* consumed);
 
+// Cleans length raw bytes of a line in place as ReadLine does (control
+// bytes and, with eight-bit text off, high bytes to blanks; trailing blanks
+// stripped) and terminates it.
+void CleanLine(char* line, int length);
+
 // Kinds of cleaned line.
 inline bool IsHeader(const char* line) { return line[0] == '['; }
 inline bool IsContentLine(const char* line) {

@@ -1,0 +1,126 @@
+// Message directory file benchmark: a list of 10,000 entries, read plainly
+// line by line (the floor), listed whole with VlxGetMsgListEx, searched to
+// its last entry with VlxGetMsgInfoEx, and rewritten by MsgDirUpdate
+// removing one completed entry. Prints the median of several runs of each.
+//
+//   msgdir_bench [DIRECTORY] [ENTRIES]
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "api/config.h"
+#include "api/session.h"
+#include "msg/msg_dir.h"
+#include "platform/os.h"
+#include "vlapi.h"
+
+namespace {
+
+const int kRuns = 15;
+
+std::string Entry(int i) {
+  char text[640];
+  std::snprintf(text, sizeof text,
+                "\r\n[DOCUMENT]\r\nFile: M%07d.TXT\r\nComment: Quarterly report for customer %d\r\n"
+                "Organisation: Customer %d Ltd\r\n[MESSAGE]\r\nAssocFile:\r\nFormat: ASCII\r\n"
+                "Accepted: 26-11-21 10:20:30\r\nType: SEND\r\nStatus: %s\r\nUserStatus: Aw\r\n"
+                "Subject: Report %d of the quarter\r\nMsgType: FAX\r\nCustom: ref-%d\r\n",
+                i, i, i, i % 3 ? "OK" : "Se", i, i);
+  return text;
+}
+
+void WriteText(const std::string& path, const std::string& text) {
+  os::OpenRequest request;
+  request.write = true;
+  request.disposition = os::Disposition::CreateAlways;
+  request.streamMode = "wb";
+  os::OpenedStream out = os::OpenStream(path.c_str(), request);
+  if (!out.file) {
+    std::fprintf(stderr, "cannot write %s (error %d)\n", path.c_str(), out.error);
+    std::exit(1);
+  }
+  std::fwrite(text.data(), 1, text.size(), out.file.get());
+}
+
+// The median time of kRuns runs of work, in milliseconds; prepare runs
+// before each, untimed.
+double Median(const std::function<void()>& work, const std::function<void()>& prepare = {}) {
+  std::vector<double> times;
+  for (int i = 0; i < kRuns; ++i) {
+    if (prepare) prepare();
+    auto start = std::chrono::steady_clock::now();
+    work();
+    auto end = std::chrono::steady_clock::now();
+    times.push_back(std::chrono::duration<double, std::milli>(end - start).count());
+  }
+  std::sort(times.begin(), times.end());
+  return times[times.size() / 2];
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  std::string temp;
+  os::TempDirectory(&temp);
+  const std::string root = argc > 1 ? std::string(argv[1]) + "\\" : temp + "vlbench\\";
+  const int entries = argc > 2 ? std::atoi(argv[2]) : 10000;
+  for (const char* dir : {"", "SERVER", "SYSTEM", "REQUEST", "USERS", "USERS\\BENCH",
+                          "USERS\\BENCH\\V-DB", "USERS\\BENCH\\V-OUT", "USERS\\BENCH\\V-IN"})
+    os::MakeDirectory((root + dir).c_str());
+  vl::SetAreas((root + "SERVER").c_str(), (root + "SYSTEM").c_str(), (root + "USERS").c_str(),
+               (root + "REQUEST").c_str());
+  VLHANDLE handle = 0;
+  if (VlxAPIInit(&handle, "BENCH", 0, nullptr) != VL_OK) {
+    std::fprintf(stderr, "cannot log on in %s\n", root.c_str());
+    return 1;
+  }
+  const std::string list = root + "USERS\\BENCH\\V-OUT\\MSGDIR.CTL";
+  std::string text = "[VELOMAR]\r\nType: SendDir\r\nRevision: A\r\n";
+  for (int i = 1; i <= entries; ++i) text += Entry(i);
+  WriteText(list, text);
+  char last[16];
+  std::snprintf(last, sizeof last, "M%07d", entries);
+
+  const double plain = Median([&] {
+    os::OpenRequest request;
+    request.read = true;
+    os::OpenedStream in = os::OpenStream(list.c_str(), request);
+    char line[281];
+    int lines = 0;
+    while (std::fgets(line, sizeof line, in.file.get())) ++lines;
+    if (lines == 0) std::exit(1);
+  });
+  std::vector<VLMSGINFOEX> records(static_cast<size_t>(entries));
+  const double listing = Median([&] {
+    int16_t count = 0;
+    if (VlxGetMsgListEx(handle, VL_DIR_OUT, static_cast<int16_t>(entries), &count, 272,
+                        records.data()) != VL_OK || count != entries)
+      std::exit(1);
+  });
+  const double lookup = Median([&] {
+    VLMSGINFOEX info;
+    if (VlxGetMsgInfoEx(handle, VL_DIR_OUT, last, 272, &info) != VL_OK) std::exit(1);
+  });
+  vl::SessionPtr session = vl::SessionFromHandle(handle);
+  const double removal = Median(
+      [&] {
+        if (vl::MsgDirUpdate(*session, VL_DIR_OUT, last, nullptr) != VL_OK) std::exit(1);
+      },
+      [&] { WriteText(list, text); });
+
+  std::printf("MSGDIR.CTL of %d entries, %zu bytes; median of %d runs\n", entries, text.size(),
+              kRuns);
+  std::printf("  plain read, line by line      %8.2f ms\n", plain);
+  std::printf("  VlxGetMsgListEx, all entries  %8.2f ms  (%.2f x plain read; goal <= 3)\n",
+              listing, listing / plain);
+  std::printf("  VlxGetMsgInfoEx, last entry   %8.2f ms  (%.2f x plain read; goal <= 2)\n",
+              lookup, lookup / plain);
+  std::printf("  MsgDirUpdate, remove last     %8.2f ms  (goal < 50 ms)\n", removal);
+  VlxAPIClosedown(handle);
+  return 0;
+}

@@ -1,0 +1,215 @@
+// Whether the server runs (its lock file held open by another process) and
+// starting its system manager from the set-up file.
+#include <gtest/gtest.h>
+
+#include <cstdio>
+#include <string>
+#include <vector>
+
+#ifdef _WIN32
+#include <windows.h>
+#endif
+
+#include "api/process_state.h"
+#include "tests/support/server_stand_in.h"
+#include "tests/support/test_support.h"
+#include "vlapi.h"
+
+namespace {
+
+using vltest::Reported;
+using Lines = std::vector<std::string>;
+
+class ServerTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    tree_.AddUser("JOHN");
+    tree_.UseAsExplicitAreas();
+    handle_ = vltest::LogOn("JOHN");
+    std::snprintf(s_, sizeof s_, "S=%.8lx  ", static_cast<unsigned long>(handle_));
+    Reported::Clear();
+  }
+  void TearDown() override {
+    vl::Process().checkServerDisabled = 0;
+    VlxAPIClosedown(handle_);
+  }
+  void WriteSetup(const std::string& text) const {
+    vltest::WriteFile(tree_.System() + "V-DB\\SETUP.INI", text);
+  }
+  static VLHANDLE ClosedHandle() {
+    VLHANDLE closed = vltest::LogOn("");
+    VlxAPIClosedown(closed);
+    return closed;
+  }
+  // The trace lines but those of opening and closing sessions.
+  Lines Traced() const {
+    Lines lines = vltest::TraceLines(scratch_);
+    std::erase_if(lines, [](const std::string& l) { return l.find("VlxAPI") != l.npos; });
+    return lines;
+  }
+
+  vltest::Scratch scratch_;
+  vltest::FaxTree tree_{scratch_};
+  VLHANDLE handle_ = 0;
+  char s_[32] = {};  // the trace lines' session field for handle_
+  const std::string none_ = "S=00000000  ";
+};
+
+using ServerCheckTest = ServerTest;
+using StartServerTest = ServerTest;
+
+TEST_F(ServerCheckTest, AMissingOrStaleLockFileMeansNotRunningUnlessTheCheckIsOff) {
+  vltest::TraceInto(scratch_);
+  EXPECT_EQ(VlxCheckServer(handle_), VL_E_SERVER_NOT_RUNNING);
+  vltest::WriteFile(tree_.Request() + "VELOMAR.LOK", "");  // left by a server that crashed
+  EXPECT_EQ(VlxCheckServer(0), VL_E_SERVER_NOT_RUNNING);
+  EXPECT_EQ(VlxCheckServer(ClosedHandle()), VL_E_NOT_INIT);
+  ASSERT_EQ(VlxEscape(0, "DISABLECHECKSERVER", 7), VL_OK);
+  EXPECT_EQ(VlxCheckServer(handle_), VL_OK);
+  EXPECT_EQ(VlxCheckServer(0), VL_OK);
+  EXPECT_EQ(VlxCheckServer(ClosedHandle()), VL_OK) << "the switch is read before the handle";
+  ASSERT_EQ(VlxEscape(0, "DISABLECHECKSERVER", 0), VL_OK);
+  vltest::RemoveTree(tree_.Request() + "VELOMAR.LOK");
+  EXPECT_EQ(VlxCheckServer(0), VL_E_SERVER_NOT_RUNNING);
+  EXPECT_TRUE(Reported::Texts().empty());
+  const std::string s = s_, n = none_, off = "VlxCheckServer - return OK (no check)";
+  EXPECT_EQ(Traced(), (Lines{s + "VlxCheckServer", s + "...VlxCheckServer - return 0xF70C",
+                             n + "VlxCheckServer", n + "...VlxCheckServer - return 0xF70C",
+                             n + "VlxCheckServer",
+                             s + "VlxCheckServer", s + off,
+                             n + "VlxCheckServer", n + off,
+                             n + "VlxCheckServer", n + off,
+                             n + "VlxCheckServer", n + "...VlxCheckServer - return 0xF70C"}));
+}
+
+TEST_F(ServerCheckTest, ALockFileHeldByAnotherProcessMeansRunning) {
+#ifndef _WIN32
+  GTEST_SKIP() << "sharing modes are not enforced natively; the stand-in switches the check off";
+#else
+  vltest::TraceInto(scratch_);
+  vltest::ServerStandIn server(tree_.Request());
+  EXPECT_EQ(VlxCheckServer(handle_), VL_OK);
+  EXPECT_EQ(VlxCheckServer(0), VL_OK) << "handle 0 reads the areas from the configuration";
+  server.Stop();
+  EXPECT_EQ(VlxCheckServer(handle_), VL_E_SERVER_NOT_RUNNING);
+  const std::string s = s_;
+  EXPECT_EQ(Traced(), (Lines{s + "VlxCheckServer", s + "...VlxCheckServer - return OK",
+                             none_ + "VlxCheckServer", none_ + "...VlxCheckServer - return OK",
+                             s + "VlxCheckServer", s + "...VlxCheckServer - return 0xF70C"}));
+#endif
+}
+
+TEST_F(StartServerTest, SetupProblemsAreReportedWithTheirTexts) {
+  {
+    vltest::ServerStandIn server(tree_.Request());
+    WriteSetup("[SERVER]\r\nSysman: SYSMAN SYSMAN.EXE\r\n");
+    EXPECT_EQ(VlxStartServer(handle_, 0, nullptr), VL_E_SERVER_RUNNING);
+    EXPECT_TRUE(Reported::Texts().empty());
+  }
+  EXPECT_EQ(VlxStartServer(ClosedHandle(), 0, nullptr), VL_E_NOT_INIT);
+
+  const std::string p80 = "[" + std::string(78, 'P') + "]", p81 = "[" + std::string(79, 'P') + "]";
+  const std::string p281 = "[" + std::string(279, 'P') + "]";
+  // The longest program path the server area leaves room for.
+  const std::string path268(268 - tree_.Server().size(), 'X');
+  // The "Sysman:" line of [SERVER] is taken, not that of an earlier paragraph.
+  const std::string line = "[OTHER]\r\nSysman: S\r\n\r\n[SERVER]\r\nSysman: SYSMAN ";
+  const std::string started;  // past the checks, but the program does not exist
+  const struct {
+    std::string setup;  // empty: no SETUP.INI
+    const char* paragraph;
+    VLRESULT code;
+    std::string report;
+  } cases[] = {
+      {"", "SERVER", VL_E_INVALID_PARAM, "Server paragraph name invalid"},
+      {"", "[SERVER", VL_E_INVALID_PARAM, "Server paragraph name invalid"},
+      {"", "SERVER]", VL_E_INVALID_PARAM, "Server paragraph name invalid"},
+      {"", p281.c_str(), VL_E_INVALID_PARAM, "Server paragraph name invalid"},
+      {"", nullptr, VL_E_SERVER_INI_FILE_ERROR,
+       "Unable to open file " + tree_.System() + "V-DB\\SETUP.INI"},
+      {"[OTHER]\r\nSysman: S X.EXE\r\n", "", VL_E_SERVER_INI_FILE_ERROR,
+       "Section [SERVER] not found in file SETUP.INI"},
+      {"[SERVER]\r\nProgram: X.EXE\r\n\r\n[NEXT]\r\nSysman: S X.EXE\r\n", nullptr,
+       VL_E_SERVER_INI_FILE_ERROR, "[SERVER] Sysman: line not found in file SETUP.INI"},
+      {"[BACKUP]\r\nSysman: SYSMAN\r\n", "[backup]", VL_E_SERVER_INI_FILE_ERROR,
+       "[BACKUP] Sysman: line invalid in file SETUP.INI"},
+      {line + "\"SYSMAN.EXE " + std::string(72, 'x') + "\"\r\n", nullptr,
+       VL_E_SERVER_INI_FILE_ERROR, "Invalid argument string for program SYSMAN"},
+      {line + "\"SYSMAN.EXE " + std::string(71, 'x') + "\"\r\n", nullptr, VL_E_NO_START_SYSMAN,
+       started},
+      {p81 + "\r\nSysman: SYSMAN SYSMAN.EXE\r\n", p81.c_str(), VL_E_SERVER_INI_FILE_ERROR,
+       "Paragraph name too long for program SYSMAN"},
+      {p80 + "\r\nSysman: SYSMAN SYSMAN.EXE\r\n", p80.c_str(), VL_E_NO_START_SYSMAN, started},
+      {line + path268 + "X\r\n", nullptr, VL_E_SERVER_INI_FILE_ERROR,
+       "Invalid path for program SYSMAN"},
+      {line + path268 + "\r\n", nullptr, VL_E_NO_START_SYSMAN, started},
+      // Absolute: the server area is not put in front.
+      {line + "\\" + path268 + "\r\n", nullptr, VL_E_NO_START_SYSMAN, started},
+  };
+  for (const auto& c : cases) {
+    const std::string paragraph = c.paragraph ? c.paragraph : "(null)";
+    vltest::RemoveTree(tree_.System() + "V-DB\\SETUP.INI");
+    if (!c.setup.empty()) WriteSetup(c.setup);
+    Reported::Clear();
+    EXPECT_EQ(VlxStartServer(handle_, 0, c.paragraph), c.code) << paragraph;
+    if (c.report == started) {
+      ASSERT_EQ(Reported::Texts().size(), 1u) << paragraph;
+      EXPECT_TRUE(Reported::Last().starts_with("Windows error 0x")) << Reported::Last();
+    } else {
+      EXPECT_EQ(Reported::Texts(), Lines{c.report}) << paragraph;
+    }
+  }
+}
+
+TEST_F(StartServerTest, AProgramThatCannotBeStartedGivesTheSystemError) {
+#ifndef _WIN32
+  GTEST_SKIP() << "the native build cannot start processes";
+#else
+  WriteSetup("[SERVER]\r\nSysman: SYSMAN NOSUCH.EXE\r\n");
+  EXPECT_EQ(VlxStartServer(handle_, 0, nullptr), VL_E_NO_START_SYSMAN);
+  EXPECT_EQ(Reported::Texts(),
+            Lines{"Windows error 0x2 running program '" + tree_.Server() + "NOSUCH.EXE'"});
+#endif
+}
+
+TEST_F(StartServerTest, TheSystemManagerGetsTheParagraphOnItsCommandLine) {
+#ifndef _WIN32
+  GTEST_SKIP() << "the native build cannot start processes";
+#else
+  char self[MAX_PATH];
+  const std::string program(self, GetModuleFileNameA(nullptr, self, sizeof self));
+  const std::string recorder =
+      program.substr(0, program.rfind('\\') + 1) + "record_command_line.exe";
+  ASSERT_TRUE(vltest::FileExists(recorder)) << recorder;
+  vltest::WriteFile(tree_.Server() + "SYSMAN.EXE", vltest::ReadFile(recorder));
+  vltest::TraceInto(scratch_);
+
+  const struct { const char* sysman; const char* paragraph; const char* commandLine; } cases[] = {
+      {"[SERVER]\r\nSysman: SYSMAN SYSMAN.EXE\r\n", nullptr, "  [SERVER]"},
+      {"[BACKUP]\r\nSysman: SYSMAN SYSMAN.EXE\r\n", "[backup]", "  [BACKUP]"},
+      {"[SERVER]\r\nSysman: SYSMAN \"SYSMAN.EXE -x\"\r\n", "", "  -x [SERVER]"},
+      {"[SERVER]\r\nSysman: \"SYS MAN\", \"SYSMAN.EXE -a -b\"\r\n", nullptr, "  -a -b [SERVER]"},
+  };
+  const std::string s = s_, recorded = tree_.Server() + "COMMAND.TXT";
+  Lines expected;
+  for (const auto& c : cases) {
+    vltest::RemoveTree(recorded);
+    WriteSetup(std::string("[OTHER]\r\nSysman: X Y.EXE\r\n\r\n") + c.sysman);
+    ASSERT_EQ(VlxStartServer(handle_, 0, c.paragraph), VL_OK) << Reported::Last();
+    std::string commandLine;
+    for (int wait = 0; wait < 200 && commandLine.empty(); ++wait) {
+      Sleep(50);
+      commandLine = vltest::ReadFile(recorded);
+    }
+    EXPECT_EQ(commandLine, c.commandLine);
+    expected.insert(expected.end(),
+                    {s + "VlxStartServer - ParaName = '" +
+                         (c.paragraph ? c.paragraph : "(default)") + "'",
+                     s + "VlxCheckServer", s + "...VlxCheckServer - return 0xF70C",
+                     s + "...VlxStartServer - return OK"});
+  }
+  EXPECT_EQ(Traced(), expected);
+#endif
+}
+
+}  // namespace
