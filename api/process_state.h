@@ -19,13 +19,20 @@ struct ProcessState {
   int32_t overrideFrom = 0;
   // Escape switches.
   int32_t checkServerDisabled = 0;
-  int32_t sentItemsEnabled = 0;
+  // The control file's "SentItems:" line: 0 always NO, 1 always YES, -1 by
+  // message, anything else no line. The escape sets it to 0 or 1.
+  int32_t sentItemsMode = -1;
+  // Whether characters 128-255 of subject and cover text files are kept.
+  int32_t eightBitTextFiles = 0;
   int32_t deleteFailedFaxes = 0;
   // Whether changes of a user's lists touch the in directory's list file.
   int32_t touchMessageList = 1;
   // Directory of the trace file and of the automation layer's temporary
   // files; empty means the system temporary directory.
   char apiTempDirectory[257] = {};
+  // The sent-items values last read from a USER.INI (1 = keep).
+  int32_t userSentItemsFax = 1;
+  int32_t userSentItemsSMS = 1;
 };
 
 ProcessState& Process();

@@ -19,7 +19,7 @@ struct Escape {
 const Escape kEscapes[] = {
     {"DISABLECHECKSERVER", [](int32_t v) { Process().checkServerDisabled = v != 0; }},
     {"APPLICATION", [](int32_t v) { Process().applicationId = v; }},
-    {"ENABLESENTITEMS", [](int32_t v) { Process().sentItemsEnabled = v == 1; }},
+    {"ENABLESENTITEMS", [](int32_t v) { Process().sentItemsMode = v == 1; }},
     {"DELETEFAILEDFAXES", [](int32_t v) { Process().deleteFailedFaxes = v < 2 ? v : 1; }},
     {"TRACE", [](int32_t v) { Process().traceSwitch = v != 0; }},
 };

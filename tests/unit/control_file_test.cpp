@@ -1,0 +1,236 @@
+// The control file of a message: every line in its order, the wrapping of
+// subject and cover text, and the translation of the addressing lines.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <regex>
+#include <string>
+
+#include "api/process_state.h"
+#include "api/session.h"
+#include "msg/control_file.h"
+#include "msg/text_wrap.h"
+#include "platform/raii.h"
+#include "tests/support/test_support.h"
+
+namespace {
+
+using vltest::Reported;
+
+os::UniqueFile StreamOf(const std::string& bytes) {
+  FILE* f = std::tmpfile();
+  std::fwrite(bytes.data(), 1, bytes.size(), f);
+  std::rewind(f);
+  return os::UniqueFile(f);
+}
+
+std::string Contents(FILE* f) {
+  std::fflush(f);
+  std::rewind(f);
+  std::string text;
+  for (int c; (c = std::fgetc(f)) != EOF;) text.push_back(static_cast<char>(c));
+  return text;
+}
+
+// Lines joined with CR LF, each ended by one.
+std::string Lines(std::initializer_list<const char*> lines) {
+  std::string text;
+  for (const char* line : lines) text += std::string(line) + "\r\n";
+  return text;
+}
+
+std::string Wrapped(const char* keyword, std::initializer_list<const char*> source) {
+  auto out = StreamOf("");
+  vl::TextWrapper wrapper(out.get(), keyword);
+  for (const char* line : source) wrapper.Line(line);
+  return Contents(out.get());
+}
+
+TEST(TextWrapper, CutsAtSixtyCharactersAndMarksNewSourceLines) {
+  const std::string x130(130, 'x');
+  EXPECT_EQ(Wrapped("Subject:", {x130.c_str()}),
+            "Subject: " + std::string(60, 'x') + "\r\nSubject: " + std::string(60, 'x') +
+                "\r\nSubject: " + std::string(10, 'x') + "\r\n");
+  EXPECT_EQ(Wrapped("Covertext:", {"A", "", "B"}),
+            Lines({"Covertext: A", "Covertext:", "Covertext: B"}));
+  EXPECT_EQ(Wrapped("Covertext:", {"A", "B"}), Lines({"Covertext: A", "Covertext: \\nB"}));
+  EXPECT_EQ(Wrapped("Covertext:", {"", "  ", "A"}),
+            Lines({"Covertext:", "Covertext:", "Covertext: A"}));
+  const std::string words = std::string(55, 'a') + " bbbbbbbbbb cc";
+  EXPECT_EQ(Wrapped("Subject:", {"  lead", words.c_str()}),
+            "Subject: lead\r\nSubject: \\n" + std::string(55, 'a') +
+                "\r\nSubject: bbbbbbbbbb cc\r\n");
+}
+
+class ControlFileTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    session_.errorCallback = &Reported::Callback;
+    Reported::Clear();
+    std::strcpy(options_.Priority, "NORMAL");
+    std::strcpy(options_.Header, "NoToFrDaTi");
+    std::strcpy(options_.Quality, "NORMAL");
+    options_.Format = 2;
+    options_.Preview = 1;
+    options_.SentItemsFax = options_.SentItemsSMS = 1;
+  }
+  // Writes the control file from the addressing lines; the "Submitted:"
+  // time is masked.
+  VLRESULT Write(const std::string& addressing, vl::TextSource subject = {},
+                 vl::TextSource cover = {}) {
+    submit_ = StreamOf(addressing);
+    out_ = StreamOf("");
+    VLRESULT rc = vl::WriteControlFile(session_, out_.get(), "MSG1", options_, submit_.get(),
+                                       subject, cover);
+    text_ = std::regex_replace(Contents(out_.get()),
+                               std::regex("Submitted: \\d\\d-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d"),
+                               "Submitted: <time>");
+    return rc;
+  }
+  // The lines from "[ADDRESSEES]" on.
+  std::string Addressees() const { return text_.substr(text_.find("[ADDRESSEES]")); }
+
+  vl::ApiSession session_;
+  vl::MessageOptions options_;
+  os::UniqueFile submit_, out_;
+  std::string text_;
+};
+
+TEST_F(ControlFileTest, WritesEveryLineInItsOrder) {
+  std::strcpy(options_.Comment, "a comment");
+  std::strcpy(options_.From, "Jo");
+  std::strcpy(options_.Attach, "a.doc, ,  b.doc");
+  std::strcpy(options_.Documents[0], "C:\\FIRST.TIF");
+  std::strcpy(options_.Documents[2], "C:\\NOT.TIF");  // after an empty slot
+  std::strcpy(options_.NotifyMail, "jo@example.org");
+  options_.Hold = 1;
+  options_.DeleteFaxIfOK = 1;
+  options_.AbortAfterPreview = 1;
+  ASSERT_EQ(Write("To: Sales\r\nFax: 123\r\n%%[TEXT]\r\n"), VL_OK) << Reported::Last();
+  EXPECT_EQ(text_, Lines({"[VELOMAR]", "Type: SendControl", "Revision: A", "", "[DOCUMENT]",
+                          "File: MSG1.TXT", "Comment: a comment", "Organisation: ", "[MESSAGE]",
+                          "AssocFile:", "Format: ASCII", "Submitted: <time> [xxxxxxxxxx]",
+                          "Accepted: 00-00-00 00:00:00", "Type: SEND", "Status: Su",
+                          "UserStatus: Aw", "MsgType: FAX", "Custom: ", "[OPTIONS]", "From: Jo",
+                          "FromTelephone: ", "FromFax: ", "FromEmail: ", "FromParam: ",
+                          "Coversheet: ", "Letterhead: ", "Priority: NORMAL", "After: ",
+                          "Header: NoToFrDaTi", "Quality: NORMAL", "Chargecode: ",
+                          "CodeDescription:", "Preview: YES", "FaxBroadcast: NO", "Hold: YES",
+                          "Delete: OK", "ConvGraph: YES", "Attach: a.doc", "Attach: b.doc",
+                          "Document: C:\\FIRST.TIF", "NotifyMail: jo@example.org",
+                          "AbortAfterPreview: YES", "SentItems: YES", "[ADDRESSEES]",
+                          "Shortname:", "AddrStatus: Wa", "Name: Sales", "Field: Name Sales",
+                          "Field: Fax 123", "Organisation:", "Field: Organisation",
+                          "Via: FAX-ANY 123"}));
+  char rest[16] = {};
+  EXPECT_TRUE(std::fgets(rest, sizeof rest, submit_.get()));
+  EXPECT_STREQ(rest, "%%[TEXT]\r\n") << "the submit file is left at the section head";
+}
+
+TEST_F(ControlFileTest, DeleteAndSentItemsFollowTheMessageType) {
+  const struct {
+    uint16_t type;
+    int32_t deleteFax, deleteSms, sentFax, sentSms, mode;
+    const char* deleteLine;
+    const char* sentLine;  // none: no line
+  } cases[] = {
+      {1, 1, 0, 1, 0, -1, "Delete: YES", "SentItems: YES"},
+      {1, 0, 1, 0, 1, -1, "Delete: ", "SentItems: NO"},
+      {3, 0, 1, 0, 1, -1, "Delete: YES", "SentItems: YES"},
+      {2, 1, 1, 1, 1, -1, "Delete: ", "SentItems: NO"},
+      {1, 0, 0, 1, 1, 0, "Delete: ", "SentItems: NO"},
+      {2, 0, 0, 0, 0, 1, "Delete: ", "SentItems: YES"},
+      {1, 0, 0, 1, 1, 7, "Delete: ", nullptr},
+  };
+  for (const auto& c : cases) {
+    options_.MsgType = c.type;
+    options_.DeleteFax = c.deleteFax;
+    options_.DeleteSMS = c.deleteSms;
+    options_.SentItemsFax = c.sentFax;
+    options_.SentItemsSMS = c.sentSms;
+    vl::Process().sentItemsMode = c.mode;
+    ASSERT_EQ(Write("To: A\r\nVia: X\r\n"), VL_OK);
+    EXPECT_NE(text_.find(std::string("\r\n") + c.deleteLine + "\r\nConvGraph"), std::string::npos)
+        << c.deleteLine << " for type " << c.type;
+    EXPECT_EQ(text_.find("SentItems:") != std::string::npos, c.sentLine != nullptr);
+    if (c.sentLine) {
+      EXPECT_NE(text_.find(std::string(c.sentLine) + "\r\n[ADDRESSEES]"), std::string::npos);
+    }
+    EXPECT_NE(text_.find(c.type == 3 ? "MsgType: SMS" : "MsgType: FAX"), std::string::npos);
+  }
+  vl::Process().sentItemsMode = -1;
+}
+
+TEST_F(ControlFileTest, AddresseesAreTranslatedWithTheirRoutes) {
+  ASSERT_EQ(Write("; a comment\r\nTo: Sales\r\n\r\nfax: 123\r\nOrganisation: Acme\r\n"
+                  "Field: Custom ref-1\r\nTo: Jo\r\nLan: JO\r\nTo: Mo\r\nSMS: 0700\r\nVia: PRINTER-ANY P1\r\n"),
+            VL_OK);
+  EXPECT_EQ(Addressees(),
+            Lines({"[ADDRESSEES]", "Shortname:", "AddrStatus: Wa", "Name: Sales",
+                   "Field: Name Sales", "Field: Fax 123", "Organisation: Acme",
+                   "Field: Organisation Acme", "Field: Custom ref-1", "Via: FAX-ANY 123",
+                   "Shortname:", "AddrStatus: Wa", "Name: Jo", "Field: Name Jo", "Organisation:",
+                   "Field: Organisation", "Via: LAN-ANY JO", "Shortname:", "AddrStatus: Wa",
+                   "Name: Mo", "Field: Name Mo", "Field: SMS 0700", "Organisation:",
+                   "Field: Organisation", "Via: PRINTER-ANY P1"}));
+}
+
+TEST_F(ControlFileTest, AddressingErrorsAreReported) {
+  const struct {
+    const char* lines;
+    std::vector<std::string> reports;
+  } cases[] = {
+      {"", {"No addressees specified in SUBMIT file"}},
+      {"; only a comment\r\n%%[TEXT]\r\n", {"No addressees specified in SUBMIT file"}},
+      {"To: A\r\nFax: 1\r\nTo: B\r\n", {"Route missing from SUBMIT file"}},
+      {"To: A\r\nNote: late\r\n", {"'Covertext' lines must be immediately before first 'To' line"}},
+      {"To: A\r\nPriority: URGENT and some more text\r\n",
+       {"Unrecognised addressing options line 'Priority: URGENT and...'",
+        "Message options lines must be before 'To' and 'Covertext' lines"}},
+      {"To: A\r\nHold: no\r\n",
+       {"Unrecognised addressing options line 'Hold: no'",
+        "Message options lines must be before 'To' and 'Covertext' lines"}},
+  };
+  for (const auto& c : cases) {
+    Reported::Clear();
+    EXPECT_EQ(Write(c.lines), VL_E_SUBMIT_FILE_INVALID) << c.lines;
+    EXPECT_EQ(Reported::Texts(), c.reports) << c.lines;
+  }
+}
+
+TEST_F(ControlFileTest, SubjectAndCoverTextComeFromTheSubmitFileOrTheirFiles) {
+  const std::string lines =
+      "Subject: first line\r\nSubject: second\r\nPriority: x\r\n"
+      "%%[COVERTEXT]\r\nDear Jo,\r\n\r\nsee below.\r\n%%[TEXT]\r\n"
+      "To: A\r\nVia: V\r\n";
+  const long to = static_cast<long>(lines.find("To:"));
+  const long cover = static_cast<long>(lines.find("%%[COVERTEXT]"));
+  submit_ = StreamOf(lines);
+  std::fseek(submit_.get(), to, SEEK_SET);
+  out_ = StreamOf("");
+  ASSERT_EQ(vl::WriteControlFile(session_, out_.get(), "MSG1", options_, submit_.get(),
+                                 vl::TextSource{0, ""}, vl::TextSource{cover, ""}),
+            VL_OK);
+  std::string text = Contents(out_.get());
+  EXPECT_NE(text.find(Lines({"Subject: first line", "Subject: \\nsecond", "Covertext: Dear Jo,",
+                             "Covertext:", "Covertext: see below.", "SentItems: YES",
+                             "[ADDRESSEES]"})),
+            std::string::npos)
+      << text;
+
+  vltest::Scratch scratch;
+  const std::string file = scratch.Path("SUBJECT.TXT");
+  vltest::WriteFile(file, std::string(270, 'w') + " tail-of-a-long-line\n\xe9t\xe9\x9c\n");
+  ASSERT_EQ(Write("To: A\r\nVia: V\r\n", vl::TextSource{-1, file}), VL_OK);
+  std::string expected = "Subject: " + std::string(60, 'w') + "\r\n";
+  for (int i = 0; i < 3; ++i) expected += "Subject: " + std::string(60, 'w') + "\r\n";
+  expected += "Subject: " + std::string(30, 'w') + "\r\nSubject: tail-of-a-long-line\r\n" +
+              "Subject: \\nt \x9c\r\n";
+  EXPECT_NE(text_.find(expected), std::string::npos) << text_;
+  Reported::Clear();
+  EXPECT_EQ(Write("To: A\r\nVia: V\r\n", vl::TextSource{-1, scratch.Path("NONE.TXT")}),
+            VL_E_FILE_ERROR);
+  EXPECT_EQ(Reported::Last(), "Error opening file - " + scratch.Path("NONE.TXT"));
+}
+
+}  // namespace
