@@ -17,15 +17,20 @@ inline constexpr int64_t kFurthestAhead = 31536000;   // 365 days
 
 int MarkGroupInfoChanged(const ApiSession& session, const char* path) {
   os::FileInfo info;
-  if (os::GetFileInfo(path, &info) != os::kOk) {
+  const int missing = os::GetFileInfo(path, &info);
+  if (missing == os::kFileNotFound) {
     para::Opened created = para::OpenShared(path, "wb");
     if (!created) return 0;
     std::fputs("[VELOMAR]\r\nType: ReceiveChange\r\nRevision: A\r\n\r\n", created.get());
     ApiTrace(&session, "MarkGroupInfoChanged created new file.");
     return 1;
   }
-  if (os::CheckAccess(path, true) != os::kOk) {
+  if (!para::OpenShared(0, path, "r+b")) {
     ApiTrace(&session, "Cannot open file %s for reading/writing", path);
+    return 0;
+  }
+  if (os::GetFileInfo(path, &info) != os::kOk) {
+    ApiTrace(&session, "Cannot get timestamp for file %s", path);
     return 0;
   }
   // A step of 10 seconds at least, so that a watcher comparing time stamps

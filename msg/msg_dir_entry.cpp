@@ -27,18 +27,23 @@ bool BodyOfFileValue(const char* value, char (&body)[kMaxBodyChars + 1]) {
   return true;
 }
 
+// A decimal number; one of more than four digits counts as out of range.
 bool ReadNumber(const char*& p, int* value) {
   if (*p < '0' || *p > '9') return false;
   int n = 0;
-  for (; *p >= '0' && *p <= '9'; ++p) n = n * 10 + (*p - '0');
+  for (; *p >= '0' && *p <= '9'; ++p)
+    if (n < 10000) n = n * 10 + (*p - '0');
   *value = n;
   return true;
 }
 
-// Three numbers separated by separator, then a blank or the end.
+// Three numbers separated by separator.
 bool ReadTriple(const char*& p, char separator, int (&parts)[3]) {
   for (int i = 0; i < 3; ++i) {
-    if (i > 0 && *p++ != separator) return false;
+    if (i > 0) {
+      if (*p != separator) return false;
+      ++p;
+    }
     if (!ReadNumber(p, &parts[i])) return false;
   }
   return true;
@@ -146,7 +151,9 @@ VLRESULT MsgDirReadEntry(const ApiSession& session, uint16_t selector, MsgDirRea
 
   const bool full = size == kFullInfoSize;
   if (record) {
-    std::memset(record, 0, size);
+    // Only the fields this size fills are cleared: sizes 160 and 260 are
+    // filled as 116 is.
+    std::memset(record, 0, full ? kFullInfoSize : size >= 116 ? 116 : size);
     CopyBounded(record->Body, body);
   }
   const char* comment = document.Value(kComment);

@@ -1,5 +1,6 @@
 // Listing and looking up messages: VlxGetMsgListEx, VlxGetMsgList,
 // VlxGetMsgInfoEx, VlxGetMsgInfo, VlxCheckNewMsgStatus and VlxGetDocuments.
+#include <cstdint>
 #include <cstring>
 #include <memory>
 #include <new>
@@ -49,18 +50,19 @@ VLRESULT ListMessages(ApiSession& session, uint16_t selector, int16_t maxEntries
   if (selector == kDirectoryOut && session.userName[0] == '@') return VL_OK;
   para::Opened list;
   if (VLRESULT rc = OpenList(session, ListPath(session, selector), &list)) return rc;
-  *count = 0;
   MsgDirReader reader(list.get());
   auto* slots = reinterpret_cast<unsigned char*>(records);
-  for (;;) {
-    VLMSGINFOEX* record = *count < maxEntries
-                              ? reinterpret_cast<VLMSGINFOEX*>(slots + *count * kFullInfoSize)
-                              : nullptr;
-    VLRESULT rc = MsgDirReadEntry(session, selector, reader, nullptr, nullptr, size, record);
-    if (rc == VL_E_MSG_UNKNOWN) return VL_OK;
-    if (rc) return rc;
-    ++*count;
+  // The count is kept wide and handed out saturated at the largest 16-bit value.
+  int read = 0;
+  VLRESULT rc = VL_OK;
+  for (;; ++read) {
+    VLMSGINFOEX* record =
+        read < maxEntries ? reinterpret_cast<VLMSGINFOEX*>(slots + read * kFullInfoSize) : nullptr;
+    rc = MsgDirReadEntry(session, selector, reader, nullptr, nullptr, size, record);
+    if (rc) break;
   }
+  *count = static_cast<int16_t>(read < INT16_MAX ? read : INT16_MAX);
+  return rc == VL_E_MSG_UNKNOWN ? VL_OK : rc;
 }
 
 VLRESULT GetMessageInfo(ApiSession& session, uint16_t selector, const char* body, uint16_t size,
@@ -95,7 +97,7 @@ VLRESULT VLAPI_CALL VlxGetMsgList(VLHANDLE handle, uint16_t directory, int16_t m
                                   int16_t* count, VLMSGINFO* records) {
   return Guarded(nullptr, [&]() -> VLRESULT {
     const int16_t slots = maxEntries > 0 ? maxEntries : 0;
-    std::unique_ptr<VLMSGINFOEX[]> full(new (std::nothrow) VLMSGINFOEX[slots ? slots : 1]);
+    std::unique_ptr<VLMSGINFOEX[]> full(new (std::nothrow) VLMSGINFOEX[slots ? slots : 1]());
     if (!full) return VL_E_MALLOC_FAILED;
     VLRESULT rc = VlxGetMsgListEx(handle, directory, maxEntries, count, kFullInfoSize, full.get());
     if (rc != VL_OK || !count || !records) return rc;
@@ -166,8 +168,10 @@ VLRESULT VLAPI_CALL VlxCheckNewMsgStatus(VLHANDLE handle, uint16_t directory, ui
 
 VLRESULT VLAPI_CALL VlxGetDocuments(VLHANDLE handle, const VLMSGINFOEX* info, char* documents,
                                     char* attachments) {
+  char body[sizeof info->Body] = "(null)";
+  if (info) CopyBounded(body, sizeof body, info->Body);
   return CallFrame(handle, "VlxGetDocuments", UserRule::Needed)
-      .Enter("VlxGetDocuments - '%s'", info ? info->Body : "(null)")
+      .Enter("VlxGetDocuments - '%s'", body)
       .Run([&](ApiSession& session) -> VLRESULT {
         if (!info || !documents || !attachments) {
           ReportNullArgument(&session, !info ? "info" : !documents ? "documents" : "attachments");
@@ -175,8 +179,6 @@ VLRESULT VLAPI_CALL VlxGetDocuments(VLHANDLE handle, const VLMSGINFOEX* info, ch
         }
         for (int i = 0; i < VL_DOCUMENT_SLOTS; ++i)
           documents[i * VL_DOCUMENT_SLOT_SIZE] = attachments[i * VL_DOCUMENT_SLOT_SIZE] = '\0';
-        char body[sizeof info->Body];
-        CopyBounded(body, sizeof body, info->Body);
         const std::string path = std::string(session.userOutDir) + body + ".CTL";
         para::Opened control = para::OpenShared(path.c_str(), "rb");
         if (!control) {

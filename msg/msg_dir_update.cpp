@@ -103,11 +103,13 @@ VLRESULT MsgDirUpdate(const ApiSession& session, uint16_t selector, const char* 
     ApiReportError(&session, "Error creating file %s", paths.work.c_str());
     return VL_E_INFO_FILE_OPEN_ERROR;
   }
-  VLRESULT rc = Rewrite(session, selector, paths, list.get(), work.get(), remove, add);
-  para::RemoveWorkFile(work.file, paths.work);
-  list.file.reset();
-  NotifyGroupChange(session, false, session.userName, session.userInDir);
-  return rc;
+  // The work file goes and the change is announced whatever happens.
+  auto finish = os::scope_exit([&] {
+    para::RemoveWorkFile(work.file, paths.work);
+    list.file.reset();
+    NotifyGroupChange(session, false, session.userName, session.userInDir);
+  });
+  return Rewrite(session, selector, paths, list.get(), work.get(), remove, add);
 }
 
 VLRESULT MsgDirReset(const ApiSession& session, uint16_t selector) {
@@ -123,6 +125,7 @@ VLRESULT MsgDirReset(const ApiSession& session, uint16_t selector) {
     ApiReportError(&session, "Error creating file %s", paths.work.c_str());
     return VL_E_INFO_FILE_OPEN_ERROR;
   }
+  auto removeWork = os::scope_exit([&] { para::RemoveWorkFile(work.file, paths.work); });
   VLRESULT rc = VL_OK;
   std::fprintf(work.get(), "[VELOMAR]\r\nType: %s\r\nRevision: A\r\n",
                selector == kDirectoryOut ? "SendDir" : "ReceiveDir");
@@ -133,7 +136,6 @@ VLRESULT MsgDirReset(const ApiSession& session, uint16_t selector) {
     ApiReportError(&session, "Unable to replace file %s", paths.list.c_str());
     rc = VL_E_INFO_FILE_ERROR;
   }
-  para::RemoveWorkFile(work.file, paths.work);
   return rc;
 }
 

@@ -72,7 +72,7 @@ VLRESULT DeleteMessage(ApiSession& session, VLHANDLE handle, uint16_t directory,
 extern "C" VLRESULT VLAPI_CALL VlxDeleteMsg(VLHANDLE handle, uint16_t directory, const char* body,
                                             uint16_t deleteFiles) {
   return CallFrame(handle, "VlxDeleteMsg", UserRule::Needed)
-      .Enter("VlxDeleteMsg - '%s\\%s.CTL'", DirectoryWord(directory), body ? body : "*")
+      .Enter("VlxDeleteMsg - '%s\\%s.CTL'", DirectoryWord(directory), body ? body : "(null)")
       .Run([&](ApiSession& session) {
         return DeleteMessage(session, handle, directory, body, deleteFiles);
       });

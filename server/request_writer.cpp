@@ -63,10 +63,11 @@ VLRESULT WriteRequest(const ApiSession& session, int16_t code, uint16_t selector
   const std::string temp = std::string(session.requestArea) + name + ".TMP";
   const std::string complete = std::string(session.requestArea) + name + ".CTL";
 
+  // Until the rename, the temporary file goes on every way out.
+  auto removeTemp = os::scope_exit([&] { os::RemoveFile(temp.c_str()); });
   para::Opened request = para::OpenShared(temp.c_str(), "wb");
   if (!request) {
     ApiReportError(&session, "Unable to open file %s", temp.c_str());
-    os::RemoveFile(temp.c_str());
     return VL_E_CANNOT_SUBMIT;
   }
   WriteLines(request.get(), session, KindOf(code), selector, body);
@@ -74,14 +75,13 @@ VLRESULT WriteRequest(const ApiSession& session, int16_t code, uint16_t selector
   const bool closed = std::fclose(request.file.release()) == 0;
   if (!written || !closed) {
     ApiReportError(&session, "Error writing to file %s", temp.c_str());
-    os::RemoveFile(temp.c_str());
     return VL_E_CANNOT_SUBMIT;
   }
   if (os::RenameFile(temp.c_str(), complete.c_str()) != os::kOk) {
     ApiReportError(&session, "Unable to rename request file to %s", complete.c_str());
-    os::RemoveFile(temp.c_str());
     return VL_E_CANNOT_SUBMIT;
   }
+  removeTemp.dismiss();
   return VL_OK;
 }
 

@@ -44,7 +44,8 @@ TEST(Exports, NamesAndOrdinals) {
       {"VlxRestartServer", 21},  {"VlxGetUserArea", 22},     {"VlxGetSystemArea", 23},
       {"VlxCreateAutoFile", 24}, {"VlxRushMsgEx", 28},       {"VlxAbortMsgEx", 29},
       {"VlxHoldMsgEx", 30},      {"VlxReleaseMsgEx", 31},    {"VlxGetMsgListEx", 32},
-      {"VlxGetMsgInfoEx", 33},   {"VlxCheckNewMsgStatus", 37}, {"VlxGetDocuments", 38}};
+      {"VlxGetMsgInfoEx", 33},   {"VlxCheckNewMsgStatus", 37}, {"VlxGetDocuments", 38},
+      {"VlxGetUserCoversheet", 39}, {"VlxGetUserFromname", 40}};
   for (const auto& e : exports) {
     FARPROC byName = GetProcAddress(dll.get(), e.name);
     EXPECT_NE(byName, nullptr) << e.name;
@@ -52,7 +53,7 @@ TEST(Exports, NamesAndOrdinals) {
   }
   // Functions the library uses itself are not exported.
   for (const char* internal : {"VlxGetServerArea", "VlxGetRequestArea", "VlxGetUsersArea",
-                               "VlxMarkMsgAsRead"})
+                               "VlxMarkMsgAsRead", "VlxGetMsgDefaultsEx", "VlxGetMsgAddrs"})
     EXPECT_EQ(GetProcAddress(dll.get(), internal), nullptr) << internal;
 }
 

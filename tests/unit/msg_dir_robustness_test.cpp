@@ -69,4 +69,23 @@ TEST(MsgDirRobustness, RandomListsAreReadAndRefusedWithoutHarm) {
   VlxAPIClosedown(handle);
 }
 
+TEST(MsgDirRobustness, CountsBeyondSixteenBitsSaturate) {
+  vltest::Scratch scratch;
+  vltest::FaxTree tree(scratch);
+  tree.AddUser("JSMITH");
+  tree.UseAsExplicitAreas();
+  VLHANDLE handle = vltest::LogOn("JSMITH");
+  std::string text = vltest::ListHeader();
+  const std::string entry = vltest::ListEntryText(vltest::ListEntry{"M.TXT"});
+  for (int i = 0; i < 32770; ++i) text += entry;
+  vltest::WriteFile(tree.Users() + "JSMITH\\V-OUT\\MSGDIR.CTL", text);
+  VLMSGINFOEX record;
+  int16_t count = 0;
+  EXPECT_EQ(VlxGetMsgListEx(handle, VL_DIR_OUT, 1, &count, 272, &record), VL_OK);
+  EXPECT_EQ(count, 32767);
+  EXPECT_EQ(VlxGetMsgListEx(handle, VL_DIR_OUT, -5, &count, 272, nullptr), VL_OK);
+  EXPECT_EQ(count, 32767);
+  VlxAPIClosedown(handle);
+}
+
 }  // namespace

@@ -102,6 +102,22 @@ TEST_F(MsgDirTest, WordsBecomeNumbersByTheirTables) {
   }
 }
 
+TEST_F(MsgDirTest, SmallerRecordsLeaveTheFieldsTheyDoNotFillAlone) {
+  WriteList(Out(), {ListEntry{"A.TXT", "OK", "Aw", "SEND", "99-01-01 10:11:12"},
+                    ListEntry{"B.TXT", "OK", "Aw", "SEND", "79"}});
+  for (uint16_t size : {160, 260}) {
+    VLMSGINFOEX info;
+    std::memset(&info, 0x5A, sizeof info);
+    ASSERT_EQ(VlxGetMsgInfoEx(handle_, VL_DIR_OUT, "A", size, &info), VL_OK);
+    EXPECT_EQ(info.UserStatus, 2);
+    EXPECT_EQ(info.MsgType, 0x5A5A) << size;
+    EXPECT_EQ(info.AcceptedSecond, 0x5A5A) << size;
+  }
+  // A date that ends early leaves both date and time at zero.
+  VLMSGINFOEX b = Info("B");
+  EXPECT_EQ(b.AcceptedYear + b.AcceptedHour + b.AcceptedMinute + b.AcceptedSecond, 0);
+}
+
 TEST_F(MsgDirTest, LinesOfAParagraphMayComeInAnyOrderAndCase) {
   vltest::WriteFile(Out() + "MSGDIR.CTL",
                     vltest::ListHeader() +
@@ -226,6 +242,11 @@ TEST_F(MsgDirTest, GroupUsersHaveNoOutList) {
   VLMSGINFOEX info;
   EXPECT_EQ(VlxGetMsgListEx(group, VL_DIR_OUT, 1, &count, 272, &info), VL_OK);
   EXPECT_EQ(count, 77);
+  VLMSGINFO old[2];
+  std::memset(old, 0x5A, sizeof old);
+  count = 2;
+  EXPECT_EQ(VlxGetMsgList(group, VL_DIR_OUT, 2, &count, old), VL_OK);
+  EXPECT_STREQ(old[1].Body, "") << "nothing read is nothing copied";
   VlxAPIClosedown(group);
 }
 
