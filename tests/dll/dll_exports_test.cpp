@@ -45,7 +45,8 @@ TEST(Exports, NamesAndOrdinals) {
       {"VlxCreateAutoFile", 24}, {"VlxRushMsgEx", 28},       {"VlxAbortMsgEx", 29},
       {"VlxHoldMsgEx", 30},      {"VlxReleaseMsgEx", 31},    {"VlxGetMsgListEx", 32},
       {"VlxGetMsgInfoEx", 33},   {"VlxCheckNewMsgStatus", 37}, {"VlxGetDocuments", 38},
-      {"VlxGetUserCoversheet", 39}, {"VlxGetUserFromname", 40}};
+      {"VlxGetUserCoversheet", 39}, {"VlxGetUserFromname", 40}, {"VlxGetMsgHistory", 15},
+      {"VlxGetMsgHistoryEx", 36}};
   for (const auto& e : exports) {
     FARPROC byName = GetProcAddress(dll.get(), e.name);
     EXPECT_NE(byName, nullptr) << e.name;
