@@ -46,7 +46,9 @@ TEST(Exports, NamesAndOrdinals) {
       {"VlxHoldMsgEx", 30},      {"VlxReleaseMsgEx", 31},    {"VlxGetMsgListEx", 32},
       {"VlxGetMsgInfoEx", 33},   {"VlxCheckNewMsgStatus", 37}, {"VlxGetDocuments", 38},
       {"VlxGetUserCoversheet", 39}, {"VlxGetUserFromname", 40}, {"VlxGetMsgHistory", 15},
-      {"VlxGetMsgHistoryEx", 36}};
+      {"VlxGetMsgHistoryEx", 36}, {"VlxSendMsg", 7},         {"VlxCreateDataFile", 9},
+      {"VlxCreateCtlFile", 14},  {"VlxSendSubmitFile", 25},  {"VlxVBSendSubmitFile", 26},
+      {"VlxSendMsgEx", 34},      {"VlxCreateCtlFileEx", 35}};
   for (const auto& e : exports) {
     FARPROC byName = GetProcAddress(dll.get(), e.name);
     EXPECT_NE(byName, nullptr) << e.name;

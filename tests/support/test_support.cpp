@@ -91,6 +91,18 @@ void FaxTree::AddUser(const std::string& name) const {
   for (const char* sub : {"V-DB", "V-OUT", "V-IN"}) MakeDirectories(Users() + name + "\\" + sub);
 }
 
+void FaxTree::UseAsRelativeAreas() {
+  home_ = fs::current_path().string();
+  fs::current_path(NativePath(root_));
+  root_.clear();
+  ASSERT_EQ(vl::SetAreas(Server().c_str(), System().c_str(), Users().c_str(), Request().c_str()),
+            VL_OK);
+}
+
+FaxTree::~FaxTree() {
+  if (!home_.empty()) fs::current_path(home_);
+}
+
 void FaxTree::UseAsExplicitAreas() const {
   ASSERT_LE(Users().size(), 63u) << "the users area must keep to 63 characters";
   ASSERT_EQ(vl::SetAreas(Server().c_str(), System().c_str(), Users().c_str(), Request().c_str()),

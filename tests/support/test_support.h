@@ -46,12 +46,19 @@ class FaxTree {
   void AddUser(const std::string& name) const;
   // Makes these the process's explicit areas.
   void UseAsExplicitAreas() const;
+  // Makes the scratch directory the working directory and the areas the
+  // relative paths SERVER\, SYSTEM\, USERS\ and REQUEST\: paths the
+  // library upper-cases then resolve on case-sensitive file systems too.
+  // The working directory is restored when the tree goes.
+  void UseAsRelativeAreas();
+  ~FaxTree();
   // A configuration file text naming this tree in paragraph [SERVER] or
   // [WORKSTATION].
   std::string ConfigText(const char* paragraph = "[WORKSTATION]") const;
 
  private:
   std::string root_;
+  std::string home_;  // the working directory to restore, when changed
 };
 
 // Every text handed to the error callback since the last Clear.

@@ -1,0 +1,205 @@
+// Submitting messages: the files a submission writes, byte for byte, and
+// what stays behind when it fails.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <regex>
+#include <string>
+
+#include "api/vlapi_internal.h"
+#include "tests/support/message_files.h"
+#include "tests/support/server_stand_in.h"
+#include "tests/support/test_support.h"
+#include "vlapi.h"
+
+namespace {
+
+using vltest::FaxTree;
+using vltest::Reported;
+using vltest::Scratch;
+
+std::string Lines(std::initializer_list<const char*> lines) {
+  std::string text;
+  for (const char* line : lines) text += std::string(line) + "\r\n";
+  return text;
+}
+
+std::string Masked(const std::string& control) {
+  return std::regex_replace(control,
+                            std::regex("Submitted: \\d\\d-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d"),
+                            "Submitted: <time>");
+}
+
+class SubmissionTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    tree_.AddUser("JSMITH");
+    tree_.UseAsRelativeAreas();
+    for (const std::string& file : {tree_.System() + "V-DB\\USER.INI",
+                                    tree_.Users() + "JSMITH\\V-DB\\USER.INI"})
+      vltest::WriteFile(file, "[OPTIONS]\r\n");
+    vltest::WriteFile(Out() + "MSGDIR.CTL", vltest::ListHeader());
+    handle_ = vltest::LogOn("JSMITH");
+    Reported::Clear();
+  }
+  void TearDown() override { VlxAPIClosedown(handle_); }
+  std::string Out() const { return tree_.Users() + "JSMITH\\V-OUT\\"; }
+  VLRESULT Submit(const std::string& text) {
+    vltest::WriteFile(scratch_.Path("SUBMIT.TXT"), text);
+    std::memset(body_, '#', sizeof body_);
+    return VlxSendSubmitFile(handle_, scratch_.Path("SUBMIT.TXT").c_str(), "FAXA", body_);
+  }
+
+  Scratch scratch_;
+  FaxTree tree_{scratch_};
+  vltest::ServerStandIn server_{scratch_.Path("REQUEST\\")};
+  VLHANDLE handle_ = 0;
+  char body_[9] = {};
+};
+
+TEST_F(SubmissionTest, ASubmitFileBecomesControlFileDataFilesListEntryAndRequest) {
+  ASSERT_EQ(Submit("; a fax to two recipients\r\n%%[MESSAGE]\r\nComment: quarterly report\r\n"
+                   "Subject: Report\r\nSubject: for Q3\r\nPriority: URGENT\r\nHold: no\r\n"
+                   "Note: Dear all,\r\nTo: Sales\r\nOrganisation: Acme\r\nFax: 0123 456\r\n"
+                   "To: Jo\r\nLan: JO\r\n%%[TEXT]\r\nFirst page.\r\n%%[TEXT]\r\nSecond part.\r\n"),
+            VL_OK)
+      << Reported::Last();
+  EXPECT_STREQ(body_, "~FAXA000");
+  EXPECT_EQ(Masked(vltest::ReadFile(Out() + "~FAXA000.CTL")),
+            Lines({"[VELOMAR]", "Type: SendControl", "Revision: A", "", "[DOCUMENT]",
+                   "File: ~FAXA000.TXT", "Comment: quarterly report", "Organisation: Acme",
+                   "[MESSAGE]", "AssocFile:", "Format: ASCII", "Submitted: <time> [xxxxxxxxxx]",
+                   "Accepted: 00-00-00 00:00:00", "Type: SEND", "Status: Su", "UserStatus: Aw",
+                   "MsgType: FAX", "Custom: ", "[OPTIONS]", "From: ", "FromTelephone: ",
+                   "FromFax: ", "FromEmail: ", "FromParam: ", "Coversheet: ", "Letterhead: ",
+                   "Priority: URGENT", "After: ", "Header: NoToFrDaTi", "Quality: NORMAL",
+                   "Chargecode: ", "CodeDescription:", "Preview: YES", "FaxBroadcast: NO",
+                   "Hold: NO", "Delete: ", "ConvGraph: YES", "Subject: Report",
+                   "Subject: \\nfor Q3", "Covertext: Dear all,", "SentItems: YES",
+                   "[ADDRESSEES]", "Shortname:", "AddrStatus: Wa", "Name: Sales",
+                   "Field: Name Sales", "Organisation: Acme", "Field: Organisation Acme",
+                   "Field: Fax 0123 456", "Via: FAX-ANY 0123 456", "Shortname:",
+                   "AddrStatus: Wa", "Name: Jo", "Field: Name Jo", "Organisation:",
+                   "Field: Organisation", "Via: LAN-ANY JO"}));
+  EXPECT_EQ(vltest::ReadFile(Out() + "~FAXA000.TXT"), "First page.\r\n");
+  EXPECT_EQ(vltest::ReadFile(Out() + "~FAXA000.001"), "Second part.\r\n");
+  EXPECT_EQ(vltest::ReadFile(Out() + "MSGDIR.CTL"),
+            vltest::ListHeader() +
+                Lines({"", "[DOCUMENT]", "File: ~FAXA000.TXT", "Comment: quarterly report",
+                       "Organisation: Acme", "[MESSAGE]", "AssocFile:", "Format: ASCII",
+                       "Accepted: 00-00-00 00:00:00", "Type: SEND", "Status: Su",
+                       "UserStatus: Aw", "Subject: Report...", "MsgType: FAX", "Custom: "}));
+  EXPECT_EQ(vltest::ReadFile(tree_.Request() + "~RQST000.CTL"),
+            Lines({"[VELOMAR]", "Type: Request", "Revision: A", "", "[REQUEST]",
+                   "Server: QUEUEMAN", "Type: SEND", "User: JSMITH", "File: ~FAXA000.CTL"}));
+
+  // It reads back through the list, the information and the addressees.
+  VLMSGINFOEX info;
+  ASSERT_EQ(VlxGetMsgInfoEx(handle_, VL_DIR_OUT, body_, sizeof info, &info), VL_OK);
+  EXPECT_EQ(info.Status, 1);
+  EXPECT_STREQ(info.Subject, "Report...");
+  vltest::WriteFile(Out() + "~FAXA000.CTL",
+                    vltest::ReadFile(Out() + "~FAXA000.CTL") +
+                        "[HISTORY]\r\nMessageID: m-1\r\nSentOK: 26-11-21 10:00:00 1 \"Sales\" "
+                        "FAX-ANY \"0123 456\" <0 2 0:1:5 \"FAX1\" \"\"\r\n");
+  VLMSGHISTORYEX history;
+  uint16_t count = 0;
+  ASSERT_EQ(VlxGetMsgHistoryEx(handle_, VL_DIR_OUT, body_, 0, 0, 1, &count, 166, &history),
+            VL_OK);
+  EXPECT_EQ(count, 1);
+  EXPECT_EQ(history.Event, 1);
+  EXPECT_EQ(history.Route, 100);
+  EXPECT_EQ(history.ConnectTime, 65);
+  EXPECT_STREQ(history.AddresseeText, "Sales");
+  std::vector<unsigned char> addressees(2 * 200);
+  ASSERT_EQ(VlxGetMsgAddrs(handle_, VL_DIR_OUT, body_, 2, &count,
+                           reinterpret_cast<MsgAddresseeRecord*>(addressees.data())),
+            VL_OK);
+  EXPECT_EQ(count, 2);
+  EXPECT_STREQ(reinterpret_cast<const char*>(addressees.data() + 200 + 2), "Jo");
+}
+
+TEST_F(SubmissionTest, AFailedSubmissionLeavesNoFileOfTheMessage) {
+  const struct {
+    const char* text;
+    VLRESULT code;
+  } cases[] = {
+      {"%%[MESSAGE]\r\nPriority: URGENT\r\n", VL_E_SUBMIT_FILE_INVALID},
+      {"%%[MESSAGE]\r\nColour: red\r\nTo: A\r\nFax: 1\r\n%%[TEXT]\r\nx\r\n", VL_E_SUBMIT_FILE_INVALID},
+      {"%%[MESSAGE]\r\nTo: A\r\n%%[TEXT]\r\nx\r\n", VL_E_SUBMIT_FILE_INVALID},
+      {"%%[MESSAGE]\r\nTo: A\r\nFax: 1\r\nCovertext: late\r\n%%[TEXT]\r\nx\r\n", VL_E_SUBMIT_FILE_INVALID},
+      {"%%[MESSAGE]\r\nTo: A\r\nFax: 1\r\n%%[FILE]\r\nC:\\NO\\SUCH.FILE\r\n", VL_E_FILE_NOT_FOUND},
+      {"no message at all\r\n", VL_E_SUBMIT_FILE_INVALID},
+  };
+  for (const auto& c : cases) {
+    EXPECT_EQ(Submit(c.text), c.code) << c.text;
+    EXPECT_EQ(vltest::ListDirectory(Out()), std::vector<std::string>{"MSGDIR.CTL"}) << c.text;
+    EXPECT_EQ(vltest::ReadFile(Out() + "MSGDIR.CTL"), vltest::ListHeader());
+    EXPECT_TRUE(vltest::ListDirectory(tree_.Request()).size() <= 1) << "the lock file only";
+  }
+  EXPECT_EQ(VlxSendSubmitFile(handle_, scratch_.Path("SUBMIT.TXT").c_str(), "FAX", body_),
+            VL_E_INVALID_PARAM);
+  EXPECT_EQ(Reported::Last(), "Prefix name must be 4 characters");
+  server_.Stop();
+  EXPECT_EQ(Submit("%%[MESSAGE]\r\nTo: A\r\nFax: 1\r\n%%[TEXT]\r\nx\r\n"), VL_E_SERVER_NOT_RUNNING);
+  EXPECT_EQ(vltest::ListDirectory(Out()), std::vector<std::string>{"MSGDIR.CTL"});
+}
+
+TEST_F(SubmissionTest, SendMsgChecksItsArgumentsAndTheList) {
+  VLMSGINFOEX info;
+  std::memset(&info, 0, sizeof info);
+  std::strcpy(info.Body, "MSG1");
+  vltest::WriteFile(Out() + "MSG1.CTL", "x");
+  vltest::WriteFile(Out() + "MSG1.TXT", "x");
+  vltest::WriteFile(Out() + "MSGDIR.CTL", vltest::ReadFile(Out() + "MSGDIR.CTL") +
+                                              vltest::ListEntryText(vltest::ListEntry{"MSG1.TXT"}));
+  EXPECT_EQ(VlxSendMsgEx(handle_, "txt", 272, &info), VL_E_MSG_EXISTS);
+  EXPECT_EQ(Reported::Last(), "Message MSG1 already in info file");
+  EXPECT_EQ(VlxSendMsg(handle_, "MSG2", "TXT", "c"), VL_E_FILE_NOT_FOUND);
+  EXPECT_EQ(Reported::Last(), "File not found " + Out() + "MSG2.CTL");
+  EXPECT_EQ(VlxSendMsg(handle_, "MSG1", "TIFF", "c"), VL_E_INVALID_PARAM);
+  EXPECT_EQ(Reported::Last(), "Extension name invalid");
+  EXPECT_EQ(VlxSendMsg(handle_, "MSG1", "XYZ", "c"), VL_E_INVALID_PARAM);
+  EXPECT_EQ(Reported::Last(), "Data extension unknown");
+  EXPECT_EQ(VlxSendMsg(handle_, "msgdir", "TXT", "c"), VL_E_INVALID_PARAM);
+  EXPECT_EQ(Reported::Last(), "Message name msgdir not valid");
+}
+
+TEST_F(SubmissionTest, SendMsgTakesFilesAlreadyInTheOutDirectory) {
+  vltest::WriteFile(Out() + "MSG1.CTL", "control");
+  vltest::WriteFile(Out() + "MSG1.TIF", "image");
+  ASSERT_EQ(VlxSendMsg(handle_, "MSG1", "tif", nullptr), VL_OK) << Reported::Last();
+  VLMSGINFOEX info;
+  ASSERT_EQ(VlxGetMsgInfoEx(handle_, VL_DIR_OUT, "MSG1", sizeof info, &info), VL_OK);
+  EXPECT_STREQ(info.Comment, "(submitted from API)");
+  EXPECT_NE(vltest::ReadFile(Out() + "MSGDIR.CTL").find("Format: TIFF-UNCOMPRESSED"),
+            std::string::npos);
+}
+
+TEST_F(SubmissionTest, ControlFilesAreWrittenOnTheirOwn) {
+  vltest::WriteFile(scratch_.Path("S.TXT"),
+                    "%%[MESSAGE]\r\nFormat: EPSON\r\nCustom: c-1\r\nTo: Mo\r\nSMS: 0700\r\n"
+                    "Organisation: Org\r\n%%[COVERTEXT]\r\nhi\r\n%%[TEXT]\r\nbody\r\n");
+  VLMSGINFOEX info;
+  std::memset(&info, 0x5A, sizeof info);
+  std::strcpy(info.Body, "CTL1");
+  char extension[4] = "###";
+  const std::string control = scratch_.Path("CTL1.CTL");
+  ASSERT_EQ(VlxCreateCtlFileEx(handle_, scratch_.Path("S.TXT").c_str(), control.c_str(), "TXT",
+                               extension, 272, &info),
+            VL_E_SUBMIT_FILE_INVALID);
+  EXPECT_EQ(Reported::Last(), "Format specified disagrees with SUBMIT file");
+  EXPECT_FALSE(vltest::FileExists(control));
+  ASSERT_EQ(VlxCreateCtlFileEx(handle_, scratch_.Path("S.TXT").c_str(), control.c_str(), "EPN",
+                               extension, 272, &info),
+            VL_OK)
+      << Reported::Last();
+  EXPECT_STREQ(extension, "EPN");
+  EXPECT_EQ(info.MsgType, 3);
+  EXPECT_STREQ(info.Organisation, "Org");
+  EXPECT_STREQ(info.Custom, "c-1");
+  EXPECT_STREQ(info.Comment, "To: Mo");
+  EXPECT_NE(vltest::ReadFile(control).find("Covertext: hi\r\nSentItems: YES\r\n"), std::string::npos);
+}
+
+}  // namespace
