@@ -6,6 +6,7 @@
 #include "api/diagnostics.h"
 #include "api/text.h"
 #include "api/unique_file.h"
+#include "paragraph/line_cursor.h"
 #include "paragraph/open_shared.h"
 #include "paragraph/paragraph_reader.h"
 #include "platform/os.h"
@@ -15,17 +16,21 @@ namespace {
 
 inline constexpr size_t kMaxPathChars = 256;
 
-// Whether a "[DOCUMENT]" paragraph of the list has a "File:" value that
-// begins with stem (the new name up to and including its dot).
+// Whether a "[DOCUMENT]" paragraph of the list has a first "File:" value
+// that begins with stem (the new name up to and including its dot).
 bool ReferencedInList(FILE* list, const std::string& stem) {
   std::rewind(list);
-  char line[para::kLineSize];
-  char file[para::kLineSize];
-  long position = 0;
-  while (para::FindParagraph(list, "[DOCUMENT]", line, sizeof line, &position)) {
-    if (para::ReadText(list, "File:", file, sizeof file, position) &&
-        para::StartsWithNoCase(file, stem.c_str()))
-      return true;
+  para::LineCursor cursor(list);
+  bool inDocument = false;
+  while (cursor.Next()) {
+    const char* line = cursor.line();
+    if (para::IsHeader(line)) {
+      inDocument = para::StartsWithNoCase(line, "[DOCUMENT]");
+    } else if (inDocument && para::IsContentLine(line) && para::StartsWithNoCase(line, "File:")) {
+      inDocument = false;  // only the paragraph's first "File:" line counts
+      const char* value = para::ValueOf(line);
+      if (value && para::StartsWithNoCase(value, stem.c_str())) return true;
+    }
   }
   return false;
 }

@@ -5,7 +5,7 @@
 #include <cstdint>
 
 #include "api/session.h"
-#include "msg/line_cursor.h"
+#include "paragraph/line_cursor.h"
 #include "vlapi.h"
 
 namespace vl {
@@ -29,9 +29,9 @@ VLRESULT CheckInfoSize(const ApiSession& session, uint16_t size);
 // Reads the entries of one open list, keeping its buffers between entries.
 struct MsgDirReader {
   explicit MsgDirReader(FILE* list);
-  LineCursor cursor;
-  ParagraphFields document;
-  ParagraphFields message;
+  para::LineCursor cursor;
+  para::ParagraphFields document;
+  para::ParagraphFields message;
 };
 
 // Reads the next entry from the reader, or the next one named wanted.

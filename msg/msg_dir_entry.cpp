@@ -123,9 +123,9 @@ VLRESULT CheckInfoSize(const ApiSession& session, uint16_t size) {
 VLRESULT MsgDirReadEntry(const ApiSession& session, uint16_t selector, MsgDirReader& reader,
                          const char* wanted, long* position, uint16_t size, VLMSGINFOEX* record) {
   (void)selector;
-  LineCursor& cursor = reader.cursor;
-  ParagraphFields& document = reader.document;
-  ParagraphFields& message = reader.message;
+  para::LineCursor& cursor = reader.cursor;
+  para::ParagraphFields& document = reader.document;
+  para::ParagraphFields& message = reader.message;
   char body[kMaxBodyChars + 1];
   for (;;) {
     // Skip to the next entry.

@@ -12,6 +12,8 @@
 namespace vl {
 namespace {
 
+inline constexpr size_t kStreamBuffer = 64 * 1024;
+
 struct ListFiles {
   std::string list;  // MSGDIR.CTL
   std::string work;  // MSGDIR.TMP beside it
@@ -54,7 +56,7 @@ VLRESULT Rewrite(const ApiSession& session, uint16_t selector, const ListFiles& 
   long removeStart = -1, removeEnd = -1;
   if (remove) {
     MsgDirReader reader(list);
-    LineCursor& cursor = reader.cursor;
+    para::LineCursor& cursor = reader.cursor;
     VLMSGINFOEX info;
     if (VLRESULT rc = MsgDirReadEntry(session, selector, reader, remove, &removeStart,
                                       kFullInfoSize, &info)) {
@@ -103,6 +105,9 @@ VLRESULT MsgDirUpdate(const ApiSession& session, uint16_t selector, const char* 
     ApiReportError(&session, "Error creating file %s", paths.work.c_str());
     return VL_E_INFO_FILE_OPEN_ERROR;
   }
+  // Large stream buffers: a long list is copied twice.
+  std::setvbuf(list.get(), nullptr, _IOFBF, kStreamBuffer);
+  std::setvbuf(work.get(), nullptr, _IOFBF, kStreamBuffer);
   // The work file goes and the change is announced whatever happens.
   auto finish = os::scope_exit([&] {
     para::RemoveWorkFile(work.file, paths.work);

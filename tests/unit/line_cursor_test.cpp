@@ -6,7 +6,7 @@
 #include <random>
 #include <string>
 
-#include "msg/line_cursor.h"
+#include "paragraph/line_cursor.h"
 #include "paragraph/paragraph_reader.h"
 #include "platform/raii.h"
 
@@ -32,7 +32,7 @@ TEST(LineCursor, AgreesWithReadLineOnAnyBytes) {
       if (random() % 40 == 0) bytes.append(70000, 'x');
     }
     auto a = StreamOf(bytes), b = StreamOf(bytes);
-    vl::LineCursor cursor(a.get());
+    para::LineCursor cursor(a.get());
     char line[para::kLineSize];
     long start = 0;
     int n = 0;
@@ -48,14 +48,14 @@ TEST(LineCursor, AgreesWithReadLineOnAnyBytes) {
 
 TEST(LineCursor, UnreadGivesTheLineAgain) {
   auto f = StreamOf("[A]\r\nx: 1\r\n[B]\r\n");
-  vl::LineCursor cursor(f.get());
+  para::LineCursor cursor(f.get());
   ASSERT_TRUE(cursor.Next());
   ASSERT_TRUE(cursor.Next());
   cursor.Unread();
   ASSERT_TRUE(cursor.Next());
   EXPECT_STREQ(cursor.line(), "x: 1");
   EXPECT_EQ(cursor.start(), 5);
-  vl::ParagraphFields fields({"x:", "y:"});
+  para::ParagraphFields fields({"x:", "y:"});
   fields.Collect(cursor);
   ASSERT_TRUE(cursor.Next());
   EXPECT_STREQ(cursor.line(), "[B]");  // the header that ended the paragraph

@@ -11,7 +11,7 @@
 
 #include "paragraph/paragraph_reader.h"
 
-namespace vl {
+namespace para {
 
 class LineCursor {
  public:
@@ -35,7 +35,7 @@ class LineCursor {
   size_t end_ = 0;    // end of the bytes in the block
   long blockStart_;   // file position of block_[0]
   bool atEnd_ = false;
-  char line_[para::kLineSize] = {};
+  char line_[kLineSize] = {};
   long start_ = 0;
   bool pending_ = false;
 };
@@ -56,8 +56,8 @@ class ParagraphFields {
 
  private:
   std::vector<const char*> keywords_;
-  std::vector<std::array<char, para::kLineSize>> values_;
+  std::vector<std::array<char, kLineSize>> values_;
   std::vector<bool> found_;
 };
 
-}  // namespace vl
+}  // namespace para

@@ -1,9 +1,9 @@
-#include "msg/line_cursor.h"
+#include "paragraph/line_cursor.h"
 
 #include <algorithm>
 #include <cstring>
 
-namespace vl {
+namespace para {
 namespace {
 
 inline constexpr size_t kBlockSize = 64 * 1024;
@@ -35,7 +35,7 @@ bool LineCursor::Next() {
   }
   // Find the line end, reading more as needed; a line longer than the block
   // keeps only what the line buffer takes.
-  const size_t keep = para::kLineSize - 1;
+  const size_t keep = kLineSize - 1;
   size_t length = 0;     // bytes of the line kept
   long lineStart = -1;
   for (;;) {
@@ -54,7 +54,7 @@ bool LineCursor::Next() {
     if (lineEnd) break;
   }
   start_ = lineStart;
-  para::CleanLine(line_, static_cast<int>(length));
+  CleanLine(line_, static_cast<int>(length));
   return true;
 }
 
@@ -65,16 +65,16 @@ void ParagraphFields::Collect(LineCursor& cursor) {
   std::fill(found_.begin(), found_.end(), false);
   while (cursor.Next()) {
     const char* line = cursor.line();
-    if (para::IsHeader(line)) {
+    if (IsHeader(line)) {
       cursor.Unread();
       break;
     }
-    if (!para::IsContentLine(line)) continue;
+    if (!IsContentLine(line)) continue;
     const char first = Lower(line[0]);
     for (size_t k = 0; k < keywords_.size(); ++k) {
-      if (Lower(keywords_[k][0]) != first || !para::StartsWithNoCase(line, keywords_[k])) continue;
+      if (Lower(keywords_[k][0]) != first || !StartsWithNoCase(line, keywords_[k])) continue;
       if (!found_[k]) {
-        const char* value = para::ValueOf(line);
+        const char* value = ValueOf(line);
         char* out = values_[k].data();
         size_t i = 0;
         for (; value && value[i]; ++i) out[i] = value[i];
@@ -86,4 +86,4 @@ void ParagraphFields::Collect(LineCursor& cursor) {
   }
 }
 
-}  // namespace vl
+}  // namespace para
