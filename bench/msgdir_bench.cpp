@@ -16,6 +16,7 @@
 #include "api/config.h"
 #include "api/session.h"
 #include "msg/msg_dir.h"
+#include "bench/bench_files.h"
 #include "platform/os.h"
 #include "vlapi.h"
 
@@ -32,19 +33,6 @@ std::string Entry(int i) {
                 "Subject: Report %d of the quarter\r\nMsgType: FAX\r\nCustom: ref-%d\r\n",
                 i, i, i, i % 3 ? "OK" : "Se", i, i);
   return text;
-}
-
-void WriteText(const std::string& path, const std::string& text) {
-  os::OpenRequest request;
-  request.write = true;
-  request.disposition = os::Disposition::CreateAlways;
-  request.streamMode = "wb";
-  os::OpenedStream out = os::OpenStream(path.c_str(), request);
-  if (!out.file) {
-    std::fprintf(stderr, "cannot write %s (error %d)\n", path.c_str(), out.error);
-    std::exit(1);
-  }
-  std::fwrite(text.data(), 1, text.size(), out.file.get());
 }
 
 // The median time of kRuns runs of work, in milliseconds; prepare runs
@@ -82,7 +70,7 @@ int main(int argc, char** argv) {
   const std::string list = root + "USERS\\BENCH\\V-OUT\\MSGDIR.CTL";
   std::string text = "[VELOMAR]\r\nType: SendDir\r\nRevision: A\r\n";
   for (int i = 1; i <= entries; ++i) text += Entry(i);
-  WriteText(list, text);
+  bench::WriteText(list, text);
   char last[16];
   std::snprintf(last, sizeof last, "M%07d", entries);
 
@@ -111,7 +99,7 @@ int main(int argc, char** argv) {
       [&] {
         if (vl::MsgDirUpdate(*session, VL_DIR_OUT, last, nullptr) != VL_OK) std::exit(1);
       },
-      [&] { WriteText(list, text); });
+      [&] { bench::WriteText(list, text); });
 
   std::printf("MSGDIR.CTL of %d entries, %zu bytes; median of %d runs\n", entries, text.size(),
               kRuns);

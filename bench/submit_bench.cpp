@@ -12,22 +12,13 @@
 #include <vector>
 
 #include "api/config.h"
+#include "bench/bench_files.h"
 #include "platform/os.h"
 #include "vlapi.h"
 
 namespace {
 
 const int kRuns = 40;
-
-void WriteText(const std::string& path, const std::string& text) {
-  os::OpenRequest request;
-  request.write = true;
-  request.disposition = os::Disposition::CreateAlways;
-  request.streamMode = "wb";
-  os::OpenedStream out = os::OpenStream(path.c_str(), request);
-  if (!out.file) std::exit(1);
-  std::fwrite(text.data(), 1, text.size(), out.file.get());
-}
 
 void RemoveAllBut(const std::string& directory, const std::string& keep) {
   std::vector<std::string> names;
@@ -59,7 +50,7 @@ double MedianSubmission(VLHANDLE handle, const std::string& root, const std::str
   for (int i = 0; i < kRuns; ++i) {
     RemoveAllBut(out, "");
     RemoveAllBut(request, "VELOMAR.LOK");
-    WriteText(out + "MSGDIR.CTL", list);
+    bench::WriteText(out + "MSGDIR.CTL", list);
     char body[9];
     auto start = std::chrono::steady_clock::now();
     VLRESULT rc = VlxSendSubmitFile(handle, submit.c_str(), "BNCH", body);
@@ -86,8 +77,8 @@ int main(int argc, char** argv) {
                           "USERS\\BENCH\\V-IN"})
     os::MakeDirectory((root + dir).c_str());
   for (const char* ini : {"SYSTEM\\V-DB\\USER.INI", "USERS\\BENCH\\V-DB\\USER.INI"})
-    WriteText(root + ini, "[OPTIONS]\r\nFrom: Bench\r\n");
-  WriteText(root + "SUBMIT.TXT",
+    bench::WriteText(root + ini, "[OPTIONS]\r\nFrom: Bench\r\n");
+  bench::WriteText(root + "SUBMIT.TXT",
             "%%[MESSAGE]\r\nComment: one page\r\nSubject: Benchmark\r\nTo: Sales\r\n"
             "Fax: 0123 456789\r\n%%[TEXT]\r\nA one-page text message.\r\n");
   vl::SetAreas((root + "SERVER").c_str(), (root + "SYSTEM").c_str(), (root + "USERS").c_str(),

@@ -350,6 +350,19 @@ VLRESULT SendSubmitFile(ApiSession& session, VLHANDLE handle, const char* submit
   return rc;
 }
 
+// The full record of a body name and comment given on their own, both
+// checked first (with no session, the called function refuses the handle).
+VLRESULT RecordOf(VLHANDLE handle, const char* body, const char* comment, VLMSGINFOEX* info) {
+  if (SessionPtr session = SessionFromHandle(handle)) {
+    if (CheckBodyLength(*session, body)) return VL_E_INVALID_PARAM;
+    if (comment && std::strlen(comment) > 40) return Invalid(*session, "Comment too long");
+  }
+  std::memset(info, 0, sizeof *info);
+  if (body) CopyBounded(info->Body, body);
+  if (comment) CopyBounded(info->Comment, comment);
+  return VL_OK;
+}
+
 // Traces the closing line these functions write in place of the usual one.
 void TraceResult(VLHANDLE handle, const char* name, VLRESULT rc, const char* okText = nullptr) {
   SessionPtr session = SessionFromHandle(handle);
@@ -384,15 +397,8 @@ VLRESULT VLAPI_CALL VlxCreateCtlFile(VLHANDLE handle, const char* submitFile,
                                      const char* extension, char* extensionOut,
                                      const char* comment) {
   return Guarded(nullptr, [&]() -> VLRESULT {
-    SessionPtr session = SessionFromHandle(handle);
-    if (session) {
-      if (CheckBodyLength(*session, body)) return VL_E_INVALID_PARAM;
-      if (comment && std::strlen(comment) > 40) return Invalid(*session, "Comment too long");
-    }
     VLMSGINFOEX info;
-    std::memset(&info, 0, sizeof info);
-    if (body) CopyBounded(info.Body, body);
-    if (comment) CopyBounded(info.Comment, comment);
+    if (VLRESULT rc = RecordOf(handle, body, comment, &info)) return rc;
     return VlxCreateCtlFileEx(handle, submitFile, controlFile, extension, extensionOut,
                               kFullInfoSize, &info);
   });
@@ -412,15 +418,8 @@ VLRESULT VLAPI_CALL VlxSendMsgEx(VLHANDLE handle, const char* extension, uint16_
 VLRESULT VLAPI_CALL VlxSendMsg(VLHANDLE handle, const char* body, const char* extension,
                                const char* comment) {
   return Guarded(nullptr, [&]() -> VLRESULT {
-    SessionPtr session = SessionFromHandle(handle);
-    if (session) {
-      if (CheckBodyLength(*session, body)) return VL_E_INVALID_PARAM;
-      if (comment && std::strlen(comment) > 40) return Invalid(*session, "Comment too long");
-    }
     VLMSGINFOEX info;
-    std::memset(&info, 0, sizeof info);
-    if (body) CopyBounded(info.Body, body);
-    if (comment) CopyBounded(info.Comment, comment);
+    if (VLRESULT rc = RecordOf(handle, body, comment, &info)) return rc;
     return VlxSendMsgEx(handle, extension, kFullInfoSize, &info);
   });
 }

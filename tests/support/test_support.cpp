@@ -17,6 +17,27 @@ namespace fs = std::filesystem;
 
 namespace vltest {
 
+os::UniqueFile StreamOf(const std::string& bytes) {
+  FILE* f = std::tmpfile();
+  std::fwrite(bytes.data(), 1, bytes.size(), f);
+  std::rewind(f);
+  return os::UniqueFile(f);
+}
+
+std::string Contents(FILE* stream) {
+  std::fflush(stream);
+  std::rewind(stream);
+  std::string text;
+  for (int c; (c = std::fgetc(stream)) != EOF;) text.push_back(static_cast<char>(c));
+  return text;
+}
+
+std::string Lines(std::initializer_list<const char*> lines) {
+  std::string text;
+  for (const char* line : lines) text += std::string(line) + "\r\n";
+  return text;
+}
+
 std::string NativePath(const std::string& path) {
 #ifdef _WIN32
   return path;

@@ -3,12 +3,23 @@
 // log reader. Paths are written with backslashes on every platform.
 #pragma once
 
+#include <cstdio>
+#include <initializer_list>
 #include <string>
 #include <vector>
+
+#include "platform/raii.h"
 
 #include "vlapi.h"
 
 namespace vltest {
+
+// A temporary stream holding bytes, positioned at its start.
+os::UniqueFile StreamOf(const std::string& bytes);
+// Everything a stream holds, read from its start.
+std::string Contents(FILE* stream);
+// The lines, each ended by CR LF.
+std::string Lines(std::initializer_list<const char*> lines);
 
 // The path as the host's file functions take it.
 std::string NativePath(const std::string& path);

@@ -40,15 +40,13 @@ class AddresseeTest : public ::testing::Test {
  protected:
   void SetUp() override {
     tree_.AddUser("JSMITH");
-    std::filesystem::current_path(vltest::NativePath(scratch_.Dir()));
-    ASSERT_EQ(vl::SetAreas("SERVER\\", "SYSTEM\\", "USERS\\", "REQUEST\\"), VL_OK);
+    tree_.UseAsRelativeAreas();
     handle_ = vltest::LogOn("JSMITH");
     std::memset(records_, 0x5A, sizeof records_);
     Reported::Clear();
   }
   void TearDown() override {
     VlxAPIClosedown(handle_);
-    std::filesystem::current_path(home_);
   }
 
   static void Write(const std::string& text) {
@@ -68,7 +66,6 @@ class AddresseeTest : public ::testing::Test {
     return prefix + std::string(text);
   }
 
-  std::filesystem::path home_ = std::filesystem::current_path();
   vltest::Scratch scratch_;
   vltest::FaxTree tree_{scratch_};
   VLHANDLE handle_ = 0;

@@ -17,27 +17,10 @@ namespace {
 
 using vltest::Reported;
 
-os::UniqueFile StreamOf(const std::string& bytes) {
-  FILE* f = std::tmpfile();
-  std::fwrite(bytes.data(), 1, bytes.size(), f);
-  std::rewind(f);
-  return os::UniqueFile(f);
-}
+using vltest::StreamOf;
 
-std::string Contents(FILE* f) {
-  std::fflush(f);
-  std::rewind(f);
-  std::string text;
-  for (int c; (c = std::fgetc(f)) != EOF;) text.push_back(static_cast<char>(c));
-  return text;
-}
-
-// Lines joined with CR LF, each ended by one.
-std::string Lines(std::initializer_list<const char*> lines) {
-  std::string text;
-  for (const char* line : lines) text += std::string(line) + "\r\n";
-  return text;
-}
+using vltest::Contents;
+using vltest::Lines;
 
 std::string Wrapped(const char* keyword, std::initializer_list<const char*> source) {
   auto out = StreamOf("");

@@ -17,12 +17,7 @@ using vltest::Reported;
 using vltest::Scratch;
 using Texts = std::vector<std::string>;
 
-os::UniqueFile StreamOf(const std::string& bytes) {
-  FILE* f = std::tmpfile();
-  std::fwrite(bytes.data(), 1, bytes.size(), f);
-  std::rewind(f);
-  return os::UniqueFile(f);
-}
+using vltest::StreamOf;
 
 std::string Rest(FILE* f) {
   std::string text;

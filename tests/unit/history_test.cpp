@@ -43,15 +43,13 @@ class HistoryTest : public ::testing::Test {
  protected:
   void SetUp() override {
     tree_.AddUser("JSMITH");
-    std::filesystem::current_path(vltest::NativePath(scratch_.Dir()));
-    ASSERT_EQ(vl::SetAreas("SERVER\\", "SYSTEM\\", "USERS\\", "REQUEST\\"), VL_OK);
+    tree_.UseAsRelativeAreas();
     handle_ = vltest::LogOn("JSMITH");
     Reported::Clear();
   }
   void TearDown() override {
     os::fault::Clear();
     VlxAPIClosedown(handle_);
-    std::filesystem::current_path(home_);
   }
 
   static void WriteHistory(const std::string& lines) {
@@ -73,7 +71,6 @@ class HistoryTest : public ::testing::Test {
     return records;
   }
 
-  std::filesystem::path home_ = std::filesystem::current_path();
   vltest::Scratch scratch_;
   vltest::FaxTree tree_{scratch_};
   VLHANDLE handle_ = 0;

@@ -9,15 +9,11 @@
 #include "paragraph/line_cursor.h"
 #include "paragraph/paragraph_reader.h"
 #include "platform/raii.h"
+#include "tests/support/test_support.h"
 
 namespace {
 
-os::UniqueFile StreamOf(const std::string& bytes) {
-  FILE* f = std::tmpfile();
-  std::fwrite(bytes.data(), 1, bytes.size(), f);
-  std::rewind(f);
-  return os::UniqueFile(f);
-}
+using vltest::StreamOf;
 
 TEST(LineCursor, AgreesWithReadLineOnAnyBytes) {
   std::mt19937 random(7);

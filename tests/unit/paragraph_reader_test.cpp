@@ -6,16 +6,12 @@
 
 #include "paragraph/paragraph_reader.h"
 #include "platform/raii.h"
+#include "tests/support/test_support.h"
 
 namespace {
 
 // A stream over the given bytes.
-os::UniqueFile StreamOf(const std::string& bytes) {
-  FILE* f = std::tmpfile();
-  std::fwrite(bytes.data(), 1, bytes.size(), f);
-  std::rewind(f);
-  return os::UniqueFile(f);
-}
+using vltest::StreamOf;
 
 std::string NextLine(FILE* f) {
   char line[para::kLineSize];

@@ -18,11 +18,7 @@ using vltest::FaxTree;
 using vltest::Reported;
 using vltest::Scratch;
 
-std::string Lines(std::initializer_list<const char*> lines) {
-  std::string text;
-  for (const char* line : lines) text += std::string(line) + "\r\n";
-  return text;
-}
+using vltest::Lines;
 
 std::string Masked(const std::string& control) {
   return std::regex_replace(control,
