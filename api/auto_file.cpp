@@ -90,16 +90,14 @@ VLRESULT CreateCheckedAutoFile(const ApiSession& session, const char* prefix,
   std::string directory = path;
   EnsureBackslash(directory);
 
+  // A directory without a message list is not checked; one whose list
+  // exists but cannot be opened is not checked either, with a trace.
   std::string listPath = directory + "MSGDIR.CTL";
-  para::Opened list;
-  os::FileInfo info;
-  if (os::GetFileInfo(listPath.c_str(), &info) == os::kOk) {
-    list = para::OpenShared(10, listPath.c_str(), "rb");
-    if (!list)
-      ApiTrace(&session,
-               "VlxCreateAutoFile - Unable to open MSGDIR file '%s' (error %d), check disabled",
-               listPath.c_str(), list.error);
-  }
+  para::Opened list = para::OpenShared(10, listPath.c_str(), "rb");
+  if (!list && list.error != os::kFileNotFound && list.error != os::kPathNotFound)
+    ApiTrace(&session,
+             "VlxCreateAutoFile - Unable to open MSGDIR file '%s' (error %d), check disabled",
+             listPath.c_str(), list.error);
   for (;;) {
     std::string created;
     UniqueFileResult result =

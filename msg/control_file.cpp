@@ -40,16 +40,17 @@ VLRESULT WriteFromFile(const ApiSession& session, const std::string& path, TextW
     if (c == '\n') c = std::getc(file.get());
     // A line filling the 280 characters is cut back to its last blank and
     // its rest read as the next line, continuing the same source line.
-    while (line.size() > kTextFileLineChars) {
-      size_t cut = line.find_last_of(" \t", kTextFileLineChars - 1);
-      if (cut == std::string::npos || cut == 0) {
+    size_t at = 0;
+    while (line.size() - at > kTextFileLineChars) {
+      size_t cut = line.find_last_of(" \t", at + kTextFileLineChars - 1);
+      if (cut == std::string::npos || cut <= at) {
         ApiReportError(&session, "Error reading file - %s", path.c_str());
         return VL_E_FILE_ERROR;
       }
-      out.Line(line.substr(0, cut), false);
-      line.erase(0, cut);
+      out.Line(line.substr(at, cut - at), false);
+      at = cut;
     }
-    out.Line(line);
+    out.Line(line.substr(at));
   }
   return std::ferror(file.get()) ? VL_E_FILE_ERROR : VL_OK;
 }

@@ -75,9 +75,10 @@ bool IsSectionEnd(const std::string& line) {
 
 // Copies one line's text to out. A bracketed word after an even run of
 // percent signs that is a command becomes, for EPSON, (n - 1) / 2 percent
-// signs and its printer bytes; in ASCII it stays as it is, reported.
-void TranslateLine(const ApiSession& session, std::string_view line, bool epson,
-                   EpsonState* state, std::string* out) {
+// signs and its printer bytes. A command in another format, and a message
+// head inside the text, are format errors: reported, 0xF716.
+VLRESULT TranslateLine(const ApiSession& session, std::string_view line, bool epson,
+                       EpsonState* state, std::string* out) {
   for (size_t i = 0; i < line.size();) {
     if (line[i] != '%') {
       out->push_back(line[i++]);
@@ -89,11 +90,15 @@ void TranslateLine(const ApiSession& session, std::string_view line, bool epson,
     FormattingCommand command;
     if (n % 2 == 0 && run < line.size() && line[run] == '[' &&
         ParseFormattingCommand(line.substr(run), &command)) {
-      if (command.name == "MESSAGE")
+      if (command.name == "MESSAGE") {
         ApiReportError(&session, "message text contains %%%%[MESSAGE]");
-      else if (!epson)
+        return VL_E_SUBMIT_FILE_INVALID;
+      }
+      if (!epson) {
         ApiReportError(&session, "%%%%[%s] command only valid with Epson format",
                        command.name.c_str());
+        return VL_E_SUBMIT_FILE_INVALID;
+      }
       if (epson) {
         out->append((n - 1) / 2, '%');
         AppendEpsonBytes(command, state, out);
@@ -104,6 +109,7 @@ void TranslateLine(const ApiSession& session, std::string_view line, bool epson,
     out->append(line.substr(i, n));
     i = run;
   }
+  return VL_OK;
 }
 
 // Copies text lines up to the end of the section, leaving the stream at the
@@ -124,7 +130,9 @@ VLRESULT CopyText(const ApiSession& session, FILE* in, FILE* out, bool epson,
     size_t length = line.size() - (ended ? 1 : 0);
     if (ended && length > 0 && line[length - 1] == '\r') --length;
     text.clear();
-    TranslateLine(session, std::string_view(line).substr(0, length), epson, &state, &text);
+    if (VLRESULT rc =
+            TranslateLine(session, std::string_view(line).substr(0, length), epson, &state, &text))
+      return rc;
     if (ended) text += "\r\n";
     if (std::fwrite(text.data(), 1, text.size(), out) != text.size()) return WriteError(session);
   }

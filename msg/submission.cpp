@@ -10,7 +10,6 @@
 #include "api/call_frame.h"
 #include "api/diagnostics.h"
 #include "api/text.h"
-#include "api/unique_file.h"
 #include "msg/control_file.h"
 #include "msg/data_copier.h"
 #include "msg/defaults.h"
@@ -300,11 +299,12 @@ VLRESULT SendSubmitFile(ApiSession& session, VLHANDLE handle, const char* submit
   if (!prefix || std::strlen(prefix) != 4) return Invalid(session, "Prefix name must be 4 characters");
 
   const std::string directory = outDir;
-  std::string name;
-  if (VLRESULT rc = CreateAutoFile(session, prefix, "CTL", outDir, &name)) {
+  char created[16] = {};
+  if (VLRESULT rc = VlxCreateAutoFile(handle, prefix, "CTL", outDir, created)) {
     ApiReportError(&session, "Unable to create ~%s*.CTL in directory %s", prefix, outDir);
     return rc;
   }
+  const std::string name = created;
   const std::string controlPath = directory + name + ".CTL";
   std::vector<std::string> dataFiles;
   bool keepFiles = false;

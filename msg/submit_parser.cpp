@@ -97,8 +97,9 @@ bool ApplyOption(const ApiSession& session, const char* line, const char* value,
   } else if (is("Letterhead:")) {
     CopyWithoutExtension(o.Letterhead, value);
   } else if (is("After:")) {
-    CopyBounded(o.After, value);
-    CheckAfterTime(session, o.After);
+    std::string after = value;  // checked whole, then kept to the field's size
+    CheckAfterTime(session, &after);
+    CopyBounded(o.After, after);
   } else if (is("Delete:")) {
     const bool all = para::EqualNoCase(value, "YES"), ifOk = para::EqualNoCase(value, "OK");
     o.DeleteFax = o.DeleteSMS = all;
@@ -193,26 +194,27 @@ bool ValidCalendarTime(int year, int month, int day, int hour, int minute, int s
 
 }  // namespace
 
-bool CheckAfterTime(const ApiSession& session, char (&after)[18]) {
-  if (after[0] < '0' || after[0] > '9') return true;  // "OFFPEAK" and the like stay
+bool CheckAfterTime(const ApiSession& session, std::string* after) {
+  const char* text = after->c_str();
+  if (text[0] < '0' || text[0] > '9') return true;  // "OFFPEAK" and the like stay
   int y = 0, mo = 0, d = 0, h = 0, mi = 0, s = 0;
-  const bool scanned = std::sscanf(after, "%d-%d-%d %d:%d:%d", &y, &mo, &d, &h, &mi, &s) == 6;
+  const bool scanned = std::sscanf(text, "%d-%d-%d %d:%d:%d", &y, &mo, &d, &h, &mi, &s) == 6;
   if (scanned && y == 120) {
-    after[0] = '\0';  // send at once
+    after->clear();  // send at once
     return true;
   }
   const bool yearOk = (y >= 0 && y <= 119) || (y >= 1980 && y <= 2079);
   const int fullYear = y < 1900 ? (y < 80 ? 2000 + y : 1900 + y) : y;
   if (scanned && yearOk && mo >= 1 && mo <= 12 && d >= 1 && d <= 31 && h >= 0 && h <= 23 &&
       mi >= 0 && mi <= 59 && s >= 0 && s <= 59 && ValidCalendarTime(fullYear, mo, d, h, mi, s)) {
-    char text[32];
-    std::snprintf(text, sizeof text, "%.02d-%.02d-%.02d %.02d:%.02d:%.02d", y % 100, mo, d, h, mi,
-                  s);
-    CopyBounded(after, text);
+    char rewritten[32];
+    std::snprintf(rewritten, sizeof rewritten, "%.02d-%.02d-%.02d %.02d:%.02d:%.02d", y % 100, mo,
+                  d, h, mi, s);
+    *after = rewritten;
     return true;
   }
-  ApiReportError(&session, "After time '%s' invalid - reset to send immediately", after);
-  after[0] = '\0';
+  ApiReportError(&session, "After time '%s' invalid - reset to send immediately", text);
+  after->clear();
   return false;
 }
 

@@ -29,6 +29,6 @@ std::string InfoSubject(FILE* submit, const TextSource& subject);
 
 // Checks and rewrites an "After:" time; false (reported) when it is invalid
 // and emptied.
-bool CheckAfterTime(const ApiSession& session, char (&after)[18]);
+bool CheckAfterTime(const ApiSession& session, std::string* after);
 
 }  // namespace vl

@@ -23,22 +23,23 @@ void TextWrapper::Piece(const std::string& piece, bool first) {
 }
 
 void TextWrapper::Line(const std::string& text, bool endsSourceLine) {
-  std::string rest = WithoutLeadingWhite(text);
-  if (rest.empty()) {
+  size_t at = 0;  // the rest of the line starts here
+  while (at < text.size() && IsWhite(text[at])) ++at;
+  if (at == text.size()) {
     ++pendingBlanks_;
     return;
   }
   if (pendingBlanks_ > 0) continuation_ = false;
   bool first = true;
-  while (rest.size() > kPieceChars) {
+  while (text.size() - at > kPieceChars) {
     size_t cut = kPieceChars;
-    while (cut > 0 && !IsWhite(rest[cut])) --cut;
+    while (cut > 0 && !IsWhite(text[at + cut])) --cut;
     if (cut == 0) cut = kPieceChars;
-    Piece(WithoutLeadingWhite(rest.substr(0, cut)), first);
+    Piece(WithoutLeadingWhite(text.substr(at, cut)), first);
     first = false;
-    rest = rest.substr(cut);
+    at += cut;
   }
-  rest = WithoutLeadingWhite(rest);
+  const std::string rest = WithoutLeadingWhite(text.substr(at));
   if (!rest.empty()) Piece(rest, first);
   continuation_ = endsSourceLine;
 }

@@ -3,12 +3,10 @@
 
 #include <cstdio>
 #include <cstring>
-#include <filesystem>
-#include <optional>
+#include <initializer_list>
 #include <string>
 #include <vector>
 
-#include "api/config.h"
 #include "api/vlapi_internal.h"
 #include "msg/addressees.h"
 #include "tests/support/test_support.h"
@@ -33,9 +31,6 @@ TEST(AddresseeStatus, WordsGiveTheirNumbersAndHeDependsOnHold) {
   EXPECT_EQ(held, notHeld);
 }
 
-// The control file is opened by its upper-cased path: the areas are given
-// relative to the scratch directory, made the working directory, so that
-// the path exists on a case-sensitive file system too.
 class AddresseeTest : public ::testing::Test {
  protected:
   void SetUp() override {
@@ -45,9 +40,7 @@ class AddresseeTest : public ::testing::Test {
     std::memset(records_, 0x5A, sizeof records_);
     Reported::Clear();
   }
-  void TearDown() override {
-    VlxAPIClosedown(handle_);
-  }
+  void TearDown() override { VlxAPIClosedown(handle_); }
 
   static void Write(const std::string& text) {
     vltest::WriteFile("USERS\\JSMITH\\V-OUT\\MSG1.CTL", text);
@@ -60,10 +53,14 @@ class AddresseeTest : public ::testing::Test {
   VLRESULT Read(uint16_t maxEntries) {
     return VlxGetMsgAddrs(handle_, VL_DIR_OUT, "msg1", maxEntries, &count_, records_);
   }
-  std::string Traced(const char* text) const {
+  // The trace of one read of MSG1 that ends with these outcomes.
+  Lines Traced(std::initializer_list<const char*> outcomes) const {
     char prefix[16];
     std::snprintf(prefix, sizeof prefix, "S=%.8x  ", static_cast<unsigned>(handle_));
-    return prefix + std::string(text);
+    Lines lines = {prefix + std::string("VlxGetMsgAddrs - 'V-OUT\\msg1.CTL'")};
+    for (const char* outcome : outcomes)
+      lines.push_back(prefix + std::string("...VlxGetMsgAddrs - ") + outcome);
+    return lines;
   }
 
   vltest::Scratch scratch_;
@@ -116,13 +113,9 @@ TEST_F(AddresseeTest, DoubtfulLinesAreTracedAndPassedOver) {
   EXPECT_EQ((Ints{r[0].status, r[0].type, r[1].type, r[2].type}), (Ints{0, 0x5A5A, 1, 0}));
   EXPECT_EQ((Lines{r[1].number, r[2].number, r[2].custom}), (Lines{"", "99", "c1"}));
   EXPECT_EQ(vltest::TraceLines(scratch_),
-            (Lines{Traced("VlxGetMsgAddrs - 'V-OUT\\msg1.CTL'"),
-                   Traced("...VlxGetMsgAddrs - Addressee has unknown status XY"),
-                   Traced("...VlxGetMsgAddrs - Addressee missing FaxType from Via: line"),
-                   Traced("...VlxGetMsgAddrs - Empty \"Field:\" line"),
-                   Traced("...VlxGetMsgAddrs - Addressee missing Fax Number from Via: line"),
-                   Traced("...VlxGetMsgAddrs - Custom \"Field:\" line without value string"),
-                   Traced("...VlxGetMsgAddrs - return OK")}));
+            Traced({"Addressee has unknown status XY", "Addressee missing FaxType from Via: line",
+                    "Empty \"Field:\" line", "Addressee missing Fax Number from Via: line",
+                    "Custom \"Field:\" line without value string", "return OK"}));
 }
 
 TEST_F(AddresseeTest, MissingParagraphsGiveNoAddresseesAndArgumentsAreChecked) {
@@ -141,9 +134,7 @@ TEST_F(AddresseeTest, MissingParagraphsGiveNoAddresseesAndArgumentsAreChecked) {
     count_ = 77;
     ASSERT_EQ(Read(1), VL_OK);
     EXPECT_EQ(count_, std::strcmp(trace, "return OK") == 0 ? 1 : 0) << text;
-    EXPECT_EQ(vltest::TraceLines(scratch_),
-              (Lines{Traced("VlxGetMsgAddrs - 'V-OUT\\msg1.CTL'"),
-                     Traced("...VlxGetMsgAddrs - ") + trace}));
+    EXPECT_EQ(vltest::TraceLines(scratch_), Traced({trace}));
   }
   EXPECT_EQ(records_[0].status, 2);
 

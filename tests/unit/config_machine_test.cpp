@@ -5,12 +5,11 @@
 
 #include <cstdlib>
 #include <string>
+#include <vector>
 
-#include "api/config.h"
-#include "api/diagnostics.h"
 #include "api/ini_locator.h"
-#include "api/text.h"
 #include "api/process_state.h"
+#include "api/text.h"
 #include "api/vlapi_internal.h"
 #include "platform/fault.h"
 #include "platform/os.h"
@@ -23,12 +22,13 @@
 
 namespace {
 
-using vltest::FaxTree;
 using vltest::Reported;
-using vltest::Scratch;
+using Lines = std::vector<std::string>;
 
 const char kServerKey[] = "SOFTWARE\\Ornavex\\Velomar Server";
 const char kClientKey[] = "SOFTWARE\\Ornavex\\Velomar";
+const char kUpperCasedPath[] =
+    "the registered path is upper-cased, which a case-sensitive file system does not resolve";
 
 void SetEnvironment(const char* name, const std::string& value) {
 #ifdef _WIN32
@@ -40,20 +40,9 @@ void SetEnvironment(const char* name, const std::string& value) {
 
 #ifdef _WIN32
 void SetMachineValue(const char* key, const char* value, const std::string& data) {
-  HKEY opened = nullptr;
-  ASSERT_EQ(RegCreateKeyExA(HKEY_LOCAL_MACHINE, key, 0, nullptr, 0, KEY_WRITE, nullptr, &opened,
-                            nullptr),
+  ASSERT_EQ(RegSetKeyValueA(HKEY_LOCAL_MACHINE, key, value, REG_SZ, data.c_str(),
+                            static_cast<DWORD>(data.size() + 1)),
             ERROR_SUCCESS);
-  RegSetValueExA(opened, value, 0, REG_SZ, reinterpret_cast<const BYTE*>(data.c_str()),
-                 static_cast<DWORD>(data.size() + 1));
-  RegCloseKey(opened);
-}
-
-void DeleteMachineValue(const char* key, const char* value) {
-  HKEY opened = nullptr;
-  if (RegOpenKeyExA(HKEY_LOCAL_MACHINE, key, 0, KEY_WRITE, &opened) != ERROR_SUCCESS) return;
-  RegDeleteValueA(opened, value);
-  RegCloseKey(opened);
 }
 #endif
 
@@ -74,6 +63,7 @@ class ConfigDiscovery : public ::testing::Test {
     Reported::Clear();
   }
   void TearDown() override {
+    Close();
     os::fault::Clear();
     CleanMachine();
   }
@@ -81,16 +71,21 @@ class ConfigDiscovery : public ::testing::Test {
     vltest::RemoveTree(clientFile_);
     vltest::RemoveTree(windowsFile_);
 #ifdef _WIN32
-    DeleteMachineValue(kServerKey, "VelomarIniPath");
-    DeleteMachineValue(kClientKey, "VelomarClientIniPath");
+    RegDeleteKeyValueA(HKEY_LOCAL_MACHINE, kServerKey, "VelomarIniPath");
+    RegDeleteKeyValueA(HKEY_LOCAL_MACHINE, kClientKey, "VelomarClientIniPath");
 #endif
   }
   void WriteClientFile(const std::string& text) {
     vltest::MakeDirectories(clientFile_.substr(0, clientFile_.find_last_of('\\')));
     vltest::WriteFile(clientFile_, text);
   }
-  VLRESULT Init(const char* user = nullptr) {
+  void Close() {
+    if (handle_) VlxAPIClosedown(handle_);
     handle_ = 0;
+  }
+  // Opens a session, closing the one before.
+  VLRESULT Init(const char* user = nullptr) {
+    Close();
     return VlxAPIInit(&handle_, user, 0, &Reported::Callback);
   }
   std::string Area(VLRESULT(VLAPI_CALL* get)(VLHANDLE, char*, int16_t)) {
@@ -99,8 +94,8 @@ class ConfigDiscovery : public ::testing::Test {
     return text;
   }
 
-  Scratch scratch_;
-  FaxTree tree_{scratch_};
+  vltest::Scratch scratch_;
+  vltest::FaxTree tree_{scratch_};
   std::string clientFile_;
   std::string windowsFile_;
   VLHANDLE handle_ = 0;
@@ -110,90 +105,84 @@ TEST_F(ConfigDiscovery, ClientFileInTheApplicationDataFolderNamesTheAreas) {
   tree_.AddUser("JSMITH");
   WriteClientFile(tree_.ConfigText());
   ASSERT_EQ(Init("JSMITH"), VL_OK) << Reported::Last();
-  EXPECT_EQ(Area(&VlxGetUserArea), tree_.Users() + "JSMITH\\");
-  EXPECT_EQ(Area(&VlxGetSystemArea), tree_.System());
-  EXPECT_EQ(Area(&VlxGetRequestArea), tree_.Request() + "\\");
-  EXPECT_EQ(Area(&VlxGetServerArea), tree_.Server() + "\\");
+  EXPECT_EQ((Lines{Area(&VlxGetUserArea), Area(&VlxGetSystemArea), Area(&VlxGetRequestArea),
+                   Area(&VlxGetServerArea)}),
+            (Lines{tree_.Users() + "JSMITH\\", tree_.System(), tree_.Request() + "\\",
+                   tree_.Server() + "\\"}));
   EXPECT_TRUE(Reported::Texts().empty());
-  VlxAPIClosedown(handle_);
 }
 
-TEST_F(ConfigDiscovery, AreaKeywordForms) {
+TEST_F(ConfigDiscovery, ExplicitAreasReplaceTheFile) {
+  tree_.AddUser("JSMITH");
+  tree_.UseAsExplicitAreas();
+  ASSERT_EQ(Init("JSMITH"), VL_OK) << Reported::Last();
+  EXPECT_FALSE(vl::Process().apiSettingsRead);
+  EXPECT_EQ(Area(&VlxGetUserArea), tree_.Users() + "JSMITH\\");
+}
+
+TEST_F(ConfigDiscovery, TheAreaKeywordsGiveTheAreasAndWhatIsMissingIsReported) {
+  tree_.AddUser("JSMITH");
   const std::string users = tree_.Users(), system = tree_.System(), request = tree_.Request();
-  const std::string noSlash = users.substr(0, users.size() - 1);
+  const std::string rest = "\r\nRequestArea: " + request + "\r\nSystemArea: " + system + "\r\n";
+  const std::string longUsers =
+      scratch_.Dir() + std::string(250 - scratch_.Dir().size(), 'U') + "\\";
+  const Lines areas = {users + "\\", system};
   const struct {
-    std::string text;
-    std::string usersArea;
-    std::string systemArea;
+    std::string text;  // empty: no client file
+    VLRESULT code;
+    Lines want;  // the users and system areas, or what is reported
   } cases[] = {
+      {"", VL_E_INIT_FAIL, {"Cannot open file " + clientFile_}},
+      {"[API]\r\nTrace: NO\r\n\r\n[OTHER]\r\nSystemArea: X\\\r\n", VL_E_INVALID_INI_FILE,
+       {"[SERVER]/[WORKSTATION] Paragraph missing from file (" + clientFile_ + ")"}},
+      {"[WORKSTATION]\r\nServerArea: X\\\r\nUserArea:\r\n", VL_E_INVALID_INI_FILE,
+       {"SystemArea line missing from " + clientFile_ + " file",
+        "AllUserArea line missing from " + clientFile_ + " file",
+        "RequestArea line missing from " + clientFile_ + " file"}},
       // The equals form, and a backslash added to a value without one.
-      {"[SERVER]\r\nAllUserArea= " + noSlash + "\r\nRequestArea= " + request +
-           "\r\nSystemArea=" + system + "\r\n",
-       users, system},
+      {"[SERVER]\r\nAllUserArea= " + users.substr(0, users.size() - 1) + "\r\nRequestArea= " +
+           request + "\r\nSystemArea=" + system + "\r\n",
+       VL_OK, areas},
       // "%NAME%" and what follows it are cut from UserArea.
-      {"[WORKSTATION]\r\nUserArea: " + users + "%NAME%\\\r\nRequestArea: " + request +
-           "\r\nSystemArea: " + system + "\r\n",
-       users, system},
+      {"[WORKSTATION]\r\nUserArea: " + users + "%NAME%\\" + rest, VL_OK, areas},
       // An empty AllUserArea lets UserArea decide; a set one wins.
-      {"[WORKSTATION]\r\nAllUserArea:\r\nUserArea: " + users + "\r\nRequestArea: " + request +
-           "\r\nSystemArea: " + system + "\r\n",
-       users, system},
-      {"[WORKSTATION]\r\nUserArea: " + system + "\r\nAllUserArea: " + users +
-           "\r\nRequestArea: " + request + "\r\nSystemArea: " + system + "\r\n",
-       users, system},
+      {"[WORKSTATION]\r\nAllUserArea:\r\nUserArea: " + users + rest, VL_OK, areas},
+      {"[WORKSTATION]\r\nUserArea: " + system + "\r\nAllUserArea: " + users + rest, VL_OK, areas},
       // [SERVER] is read in preference to [WORKSTATION].
       {"[WORKSTATION]\r\nAllUserArea: X\\\r\nRequestArea: X\\\r\nSystemArea: X\\\r\n\r\n" +
            tree_.ConfigText("[SERVER]"),
-       users, system},
+       VL_OK, areas},
       // A value longer than 255 characters is cut to 255, then given a backslash.
       {"[SERVER]\r\nAllUserArea: " + users + "\r\nRequestArea: " + request +
            "\r\nSystemArea: " + std::string(270, 'S') + "\r\n",
-       users, std::string(255, 'S') + "\\"},
+       VL_OK, {users + "\\", std::string(255, 'S') + "\\"}},
+      {"[SERVER]\r\nAllUserArea: " + longUsers + rest, VL_E_PATH_NOT_FOUND,
+       {"User directory name too long: " + longUsers + "JSMITH\\V-OUT\\"}},
   };
   for (const auto& c : cases) {
-    WriteClientFile(c.text);
-    ASSERT_EQ(Init(), VL_OK) << c.text << Reported::Last();
-    EXPECT_EQ(Area(&VlxGetUsersArea), c.usersArea + "\\") << c.text;
-    EXPECT_EQ(Area(&VlxGetSystemArea), c.systemArea) << c.text;
-    VlxAPIClosedown(handle_);
+    if (!c.text.empty()) WriteClientFile(c.text);
+    Reported::Clear();
+    ASSERT_EQ(Init("JSMITH"), c.code) << c.text << Reported::Last();
+    if (c.code == VL_OK) {
+      EXPECT_EQ((Lines{Area(&VlxGetUsersArea), Area(&VlxGetSystemArea)}), c.want) << c.text;
+    } else {
+      EXPECT_EQ(Reported::Texts(), c.want) << c.text;
+      EXPECT_EQ(handle_, 0u) << c.text;
+    }
   }
-}
-
-TEST_F(ConfigDiscovery, MissingParagraphsAndLinesAreReported) {
-  WriteClientFile("[API]\r\nTrace: NO\r\n\r\n[OTHER]\r\nSystemArea: X\\\r\n");
-  EXPECT_EQ(Init(), VL_E_INVALID_INI_FILE);
-  EXPECT_EQ(Reported::Texts(), std::vector<std::string>{
-                                   "[SERVER]/[WORKSTATION] Paragraph missing from file (" +
-                                   clientFile_ + ")"});
-  Reported::Clear();
-  WriteClientFile("[WORKSTATION]\r\nServerArea: X\\\r\nUserArea:\r\n");
-  EXPECT_EQ(Init(), VL_E_INVALID_INI_FILE);
-  EXPECT_EQ(Reported::Texts(),
-            (std::vector<std::string>{"SystemArea line missing from " + clientFile_ + " file",
-                                      "AllUserArea line missing from " + clientFile_ + " file",
-                                      "RequestArea line missing from " + clientFile_ + " file"}));
-  EXPECT_EQ(handle_, 0u);
-}
-
-TEST_F(ConfigDiscovery, AMissingClientFileCannotBeOpened) {
-  EXPECT_EQ(Init("JSMITH"), VL_E_INIT_FAIL);
-  EXPECT_EQ(Reported::Texts(), std::vector<std::string>{"Cannot open file " + clientFile_});
 }
 
 TEST_F(ConfigDiscovery, WithoutApplicationDataTheWindowsDirectoryIsTried) {
   os::fault::Inject(os::fault::Op::AppDataFolder, 1, os::kFileNotFound, true);
   EXPECT_EQ(Init(), VL_E_INIT_FAIL);
-  EXPECT_EQ(Reported::Texts(),
-            std::vector<std::string>{"File VELOMAR.INI/VLCLIENT.INI not found in user profile, "
-                                     "program files or windows directory."});
-  Reported::Clear();
   vltest::WriteFile(windowsFile_, tree_.ConfigText("[SERVER]"));
   ASSERT_EQ(Init(), VL_OK);
-  EXPECT_EQ(Reported::Texts(), std::vector<std::string>{
-                                   "Attempting to use VELOMAR.INI from windows directory. This "
-                                   "is a pre version 9 file."});
+  EXPECT_EQ(Reported::Texts(),
+            (Lines{"File VELOMAR.INI/VLCLIENT.INI not found in user profile, program files or "
+                   "windows directory.",
+                   "Attempting to use VELOMAR.INI from windows directory. This is a pre version 9 "
+                   "file."}));
   EXPECT_EQ(Area(&VlxGetSystemArea), tree_.System());
-  VlxAPIClosedown(handle_);
 }
 
 TEST_F(ConfigDiscovery, ApiSettingsAreReadOncePerProcess) {
@@ -205,34 +194,14 @@ TEST_F(ConfigDiscovery, ApiSettingsAreReadOncePerProcess) {
   EXPECT_EQ(vl::Process().traceSetting, 1);
   EXPECT_EQ(vl::Process().mailTraceSetting, 0);
   EXPECT_EQ(vl::Process().overrideFrom, 1);
-  VlxAPIClosedown(handle_);
-
   WriteClientFile("[API]\r\nTrace: NO\r\n\r\n" + tree_.ConfigText());
   ASSERT_EQ(Init(), VL_OK);
-  EXPECT_EQ(vl::Process().traceSetting, 1);  // not read again
-  VlxAPIClosedown(handle_);
+  EXPECT_EQ(vl::Process().traceSetting, 1) << "not read again";
 
-  auto lines = vltest::TraceLines(scratch_);
+  const Lines lines = vltest::TraceLines(scratch_);
   ASSERT_GE(lines.size(), 2u);
   EXPECT_EQ(lines[0].substr(12), "API settings read from VELOMAR.INI");
   EXPECT_EQ(lines[1].substr(12), "VlxAPIInit - user '(none)'");
-}
-
-TEST_F(ConfigDiscovery, UserDirectoriesThatDoNotFitAreRefused) {
-  const std::string area = scratch_.Dir() + std::string(250 - scratch_.Dir().size(), 'U') + "\\";
-  WriteClientFile("[SERVER]\r\nAllUserArea: " + area + "\r\nRequestArea: " + tree_.Request() +
-                  "\r\nSystemArea: " + tree_.System() + "\r\n");
-  EXPECT_EQ(Init("JSMITH"), VL_E_PATH_NOT_FOUND);
-  EXPECT_EQ(Reported::Last(), "User directory name too long: " + area + "JSMITH\\V-OUT\\");
-}
-
-TEST_F(ConfigDiscovery, ExplicitAreasReplaceTheFile) {
-  tree_.AddUser("JSMITH");
-  tree_.UseAsExplicitAreas();
-  ASSERT_EQ(Init("JSMITH"), VL_OK) << Reported::Last();
-  EXPECT_FALSE(vl::Process().apiSettingsRead);
-  EXPECT_EQ(Area(&VlxGetUserArea), tree_.Users() + "JSMITH\\");
-  VlxAPIClosedown(handle_);
 }
 
 TEST_F(ConfigDiscovery, SearchPathFindsTheServerFile) {
@@ -243,15 +212,15 @@ TEST_F(ConfigDiscovery, SearchPathFindsTheServerFile) {
   SetEnvironment("VLAXINIT", scratch_.Path("INIT"));
   EXPECT_EQ(vl::SearchIniPath(&found), 0);
   EXPECT_EQ(found, scratch_.Path("INIT\\VELOMAR.INI"));
-  vltest::WriteFile(windowsFile_, "[SERVER]\r\n");  // the Windows directory comes first
+  vltest::WriteFile(windowsFile_, "[SERVER]\r\n");
   EXPECT_EQ(vl::SearchIniPath(&found), 0);
-  EXPECT_EQ(found, windowsFile_);
+  EXPECT_EQ(found, windowsFile_) << "the Windows directory comes first";
 }
 
 TEST_F(ConfigDiscovery, ServerNameComesFromTheSetupFile) {
   WriteClientFile(tree_.ConfigText());
   std::string name;
-  EXPECT_EQ(vl::GetServerName(&name), 0xF00C);  // no SETUP.INI
+  EXPECT_EQ(vl::GetServerName(&name), 0xF00C) << "no SETUP.INI";
   vltest::WriteFile(tree_.System() + "V-DB\\SETUP.INI",
                     "[SERVER]\r\nSysman: SYSMAN SYSMAN.EXE\r\n\r\n"
                     "[FAILOVER]\r\nPrimaryServer: FAXPRIME [DEVICES-A]\r\n");
@@ -266,8 +235,7 @@ TEST_F(ConfigDiscovery, ServerNameComesFromTheSetupFile) {
 
 TEST_F(ConfigDiscovery, RegistryNamesTheServerFile) {
 #ifndef _WIN32
-  GTEST_SKIP() << "the registered path is upper-cased, which a case-sensitive file system "
-                  "does not resolve";
+  GTEST_SKIP() << kUpperCasedPath;
 #else
   WriteClientFile("[WORKSTATION]\r\n");  // would fail if it were read
   vltest::MakeDirectories(scratch_.Path("SERVERINI"));
@@ -280,22 +248,18 @@ TEST_F(ConfigDiscovery, RegistryNamesTheServerFile) {
   EXPECT_EQ(found, vl::UpperCase(scratch_.Path("SERVERINI\\VELOMAR.INI")));
   ASSERT_EQ(Init(), VL_OK) << Reported::Last();
   EXPECT_EQ(Area(&VlxGetSystemArea), tree_.System());
-  VlxAPIClosedown(handle_);
 #endif
 }
 
 TEST_F(ConfigDiscovery, MissingClientFileIsCopiedFromTheRegisteredPath) {
 #ifndef _WIN32
-  GTEST_SKIP() << "the registered path is upper-cased, which a case-sensitive file system "
-                  "does not resolve";
+  GTEST_SKIP() << kUpperCasedPath;
 #else
   vltest::MakeDirectories(scratch_.Path("CLIENTINI"));
-  const std::string text = tree_.ConfigText();
-  vltest::WriteFile(scratch_.Path("CLIENTINI\\VLCLIENT.INI"), text);
+  vltest::WriteFile(scratch_.Path("CLIENTINI\\VLCLIENT.INI"), tree_.ConfigText());
   SetMachineValue(kClientKey, "VelomarClientIniPath", scratch_.Path("CLIENTINI"));
   ASSERT_EQ(Init(), VL_OK) << Reported::Last();
-  EXPECT_EQ(vltest::ReadFile(clientFile_), text);
-  VlxAPIClosedown(handle_);
+  EXPECT_EQ(vltest::ReadFile(clientFile_), tree_.ConfigText());
 #endif
 }
 

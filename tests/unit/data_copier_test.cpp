@@ -2,28 +2,16 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
-#include <string>
-#include <vector>
 
 #include "api/session.h"
 #include "msg/data_copier.h"
-#include "platform/raii.h"
 #include "tests/support/test_support.h"
 #include "vlapi.h"
 
 namespace {
 
 using vltest::Reported;
-using vltest::Scratch;
 using Texts = std::vector<std::string>;
-
-using vltest::StreamOf;
-
-std::string Rest(FILE* f) {
-  std::string text;
-  for (int c; (c = std::fgetc(f)) != EOF;) text.push_back(static_cast<char>(c));
-  return text;
-}
 
 // Every byte value, several times over: more than two blocks.
 std::string AllBytes() {
@@ -34,51 +22,44 @@ std::string AllBytes() {
 
 class DataCopierTest : public ::testing::Test {
  protected:
-  void SetUp() override {
-    session_.errorCallback = &Reported::Callback;
+  void SetUp() override { session_.errorCallback = &Reported::Callback; }
+  // Copies the section at the start of submit with a fresh report list: out_
+  // holds what was written, rest_ what the submit stream has left.
+  VLRESULT Copy(const std::string& submit, const char* extension, FILE* out = nullptr) {
     Reported::Clear();
-  }
-  // Copies the section at the start of submit; out_ holds what was written.
-  VLRESULT Copy(const std::string& submit, const char* extension) {
-    submit_ = StreamOf(submit);
-    auto out = StreamOf("");
-    VLRESULT rc = vl::CopyDataSection(session_, submit_.get(), out.get(), extension);
-    std::rewind(out.get());
-    out_ = Rest(out.get());
+    auto submitStream = vltest::StreamOf(submit), outStream = vltest::StreamOf("");
+    const VLRESULT rc = vl::CopyDataSection(session_, submitStream.get(),
+                                            out ? out : outStream.get(), extension);
+    const long at = std::ftell(submitStream.get());
+    rest_ = vltest::Contents(submitStream.get()).substr(at);
+    out_ = vltest::Contents(outStream.get());
     return rc;
   }
 
   vl::ApiSession session_;
-  Scratch scratch_;
-  os::UniqueFile submit_;
-  std::string out_;
+  vltest::Scratch scratch_;
+  std::string out_, rest_;
 };
 
 TEST_F(DataCopierTest, TextStopsAtTheNextSectionAndLeavesTheStreamThere) {
-  const struct {
-    const char* end;
-    bool stops;
-  } cases[] = {
+  const struct { const char* end; bool stops; } cases[] = {
       {"%%[TEXT]", true},   {"%%[file]  ", true}, {"%%[Message]", true}, {"%%[TEXT] more", false},
       {"%%%[TEXT]", false}, {" %%[FILE]", false}, {"%%[SUBJECT]", false},
   };
   for (const auto& c : cases) {
     const std::string tail = std::string(c.end) + "\r\nafter\r\n";
     ASSERT_EQ(Copy("%%[text]\r\none\r\n" + tail, "TXT"), VL_OK);
-    if (c.stops) {
-      EXPECT_EQ(out_, "one\r\n") << c.end;
-      EXPECT_EQ(Rest(submit_.get()), tail) << c.end;
-    } else {
-      EXPECT_EQ(out_, "one\r\n" + tail) << c.end;
-    }
+    EXPECT_EQ(out_, c.stops ? "one\r\n" : "one\r\n" + tail) << c.end;
+    EXPECT_EQ(rest_, c.stops ? tail : "") << c.end;
   }
 }
 
-TEST_F(DataCopierTest, AsciiKeepsCommandsAsTextAndReportsThem) {
-  ASSERT_EQ(Copy("%%[TEXT]\nA %%[PAGE] %%%%[bold:on] %%%[PAGE] %%[NOTE]\r\nlast", "txt"), VL_OK);
-  EXPECT_EQ(out_, "A %%[PAGE] %%%%[bold:on] %%%[PAGE] %%[NOTE]\r\nlast");  // line ends as CR LF
-  EXPECT_EQ(Reported::Texts(), (Texts{"%%[PAGE] command only valid with Epson format",
-                                      "%%[BOLD] command only valid with Epson format"}));
+TEST_F(DataCopierTest, AsciiKeepsPercentRunsButRefusesCommands) {
+  ASSERT_EQ(Copy("%%[TEXT]\nA %%%[PAGE] %%[NOTE] %%%%%[x]\r\nlast", "txt"), VL_OK);
+  EXPECT_EQ(out_, "A %%%[PAGE] %%[NOTE] %%%%%[x]\r\nlast");  // line ends as CR LF
+  EXPECT_TRUE(Reported::Texts().empty());
+  EXPECT_EQ(Copy("%%[TEXT]\r\nok\r\nA %%%%[bold:on]\r\n", "txt"), VL_E_SUBMIT_FILE_INVALID);
+  EXPECT_EQ(Reported::Texts(), Texts{"%%[BOLD] command only valid with Epson format"});
 }
 
 TEST_F(DataCopierTest, BodyFilesAndBinaryFormats) {
@@ -87,7 +68,7 @@ TEST_F(DataCopierTest, BodyFilesAndBinaryFormats) {
   vltest::WriteFile(body, AllBytes());
   ASSERT_EQ(Copy("%%[FILE]\r\n" + body + "\r\n%%[TEXT]\r\nnext\r\n", "tif"), VL_OK);
   EXPECT_EQ(out_, AllBytes());
-  EXPECT_EQ(Rest(submit_.get()), "%%[TEXT]\r\nnext\r\n");
+  EXPECT_EQ(rest_, "%%[TEXT]\r\nnext\r\n");
   const std::string rest = AllBytes() + "\r\n%%[TEXT]\r\n%%[PAGE]";
   ASSERT_EQ(Copy("%%[TEXT]\r\n" + rest, "EPS"), VL_OK);
   EXPECT_EQ(out_, rest);
@@ -98,19 +79,16 @@ TEST_F(DataCopierTest, BodyFilesAndBinaryFormats) {
 }
 
 TEST_F(DataCopierTest, ErrorsAreReported) {
-  const std::string missing = scratch_.Path("MISSING.TXT");
-  const struct {
-    std::string submit;
-    const char* extension;
-    VLRESULT code;
-    std::string report;
-  } cases[] = {
-      {"%%[TEXT]\r\n", "", VL_E_INVALID_PARAM, "Extension name invalid"},
-      {"%%[TEXT]\r\n", "TIFF", VL_E_INVALID_PARAM, "Extension name invalid"},
-      {"%%[TEXT]\r\n", "???", VL_E_INVALID_PARAM, "Data extension unknown"},
-      {"%%[TEXT]\r\n", "XYZ", VL_E_INVALID_PARAM, "Data extension unknown"},
-      {"%%[TEXT]\r\n", nullptr, VL_E_INVALID_PARAM,
-       "Invalid parameter supplied to API: extension is NULL"},
+  const std::string missing = scratch_.Path("MISSING.TXT"), readOnly = scratch_.Path("READONLY");
+  vltest::WriteFile(readOnly, "");
+  os::UniqueFile unwritable(std::fopen(vltest::NativePath(readOnly).c_str(), "rb"));
+  const std::string text = "%%[TEXT]\r\n", name = "Extension name invalid";
+  const std::string unknown = "Data extension unknown";
+  struct Case { std::string submit; const char* extension; VLRESULT code; std::string report; };
+  const Case cases[] = {
+      {text, "", VL_E_INVALID_PARAM, name},       {text, "TIFF", VL_E_INVALID_PARAM, name},
+      {text, "???", VL_E_INVALID_PARAM, unknown}, {text, "XYZ", VL_E_INVALID_PARAM, unknown},
+      {text, nullptr, VL_E_INVALID_PARAM, "Invalid parameter supplied to API: extension is NULL"},
       {"%%[FILE]\r\n", "TXT", VL_E_SUBMIT_FILE_INVALID,
        "File name missing from %%[FILE] section in submit file"},
       {"%%[FILE]\r\n" + missing + "\r\n", "TIF", VL_E_FILE_NOT_FOUND,
@@ -119,17 +97,10 @@ TEST_F(DataCopierTest, ErrorsAreReported) {
        "%%[TEXT] or %%[FILE] section not found in submit file"},
   };
   for (const auto& c : cases) {
-    Reported::Clear();
     EXPECT_EQ(Copy(c.submit, c.extension), c.code) << c.submit;
     EXPECT_EQ(Reported::Texts(), Texts{c.report}) << c.submit;
   }
-  // A stream that cannot be written.
-  const std::string path = scratch_.Path("READONLY");
-  vltest::WriteFile(path, "");
-  os::UniqueFile readOnly(std::fopen(vltest::NativePath(path).c_str(), "rb"));
-  submit_ = StreamOf("%%[TEXT]\r\ntext\r\n");
-  Reported::Clear();
-  EXPECT_EQ(vl::CopyDataSection(session_, submit_.get(), readOnly.get(), "TXT"), VL_E_FILE_ERROR);
+  EXPECT_EQ(Copy("%%[TEXT]\r\ntext\r\n", "TXT", unwritable.get()), VL_E_FILE_ERROR);
   EXPECT_EQ(Reported::Texts(), Texts{"Error writing to data file"});
 }
 
@@ -142,13 +113,12 @@ class CreateDataFileTest : public ::testing::Test {
     Reported::Clear();
   }
   void TearDown() override { VlxAPIClosedown(handle_); }
-
   std::string Submit(const std::string& text) const {
     vltest::WriteFile(scratch_.Path("SUBMIT.SUB"), text);
     return scratch_.Path("SUBMIT.SUB");
   }
 
-  Scratch scratch_;
+  vltest::Scratch scratch_;
   vltest::FaxTree tree_{scratch_};
   VLHANDLE handle_ = 0;
   std::string data_ = scratch_.Path("MSG1.TXT");
@@ -161,31 +131,27 @@ TEST_F(CreateDataFileTest, WritesTheFirstSectionAndTracesItsOwnClosingLines) {
       << Reported::Last();
   EXPECT_EQ(vltest::ReadFile(data_), "Hello\r\n");
   ASSERT_EQ(VlxCreateDataFile(handle_, submit.c_str(), data_.c_str(), "BAD"), VL_E_INVALID_PARAM);
-  char s[32];
-  std::snprintf(s, sizeof s, "S=%.8lx  ", static_cast<unsigned long>(handle_));
-  const std::string entry = std::string(s) + "VlxCreateDataFile - Submit = '" + submit +
-                            "', Data = '" + data_ + "', Extn = '";
+  char field[32];
+  std::snprintf(field, sizeof field, "S=%.8lx  ", static_cast<unsigned long>(handle_));
+  const std::string s = field;
+  const std::string entry =
+      s + "VlxCreateDataFile - Submit = '" + submit + "', Data = '" + data_ + "', Extn = '";
   EXPECT_EQ(vltest::TraceLines(scratch_),
-            (Texts{entry + "txt'", s + std::string("...VlxCreateDataFile - returned OK"),
-                   entry + "BAD'", s + std::string("Data extension unknown"),
-                   s + std::string("...VlxCreateDataFile - returned error 0xF700")}));
+            (Texts{entry + "txt'", s + "...VlxCreateDataFile - returned OK", entry + "BAD'",
+                   s + "Data extension unknown",
+                   s + "...VlxCreateDataFile - returned error 0xF700"}));
 }
 
 TEST_F(CreateDataFileTest, FailuresAreReportedAndLeaveNoDataFile) {
   const std::string dir = scratch_.Dir();
   const std::string long268 = dir + std::string(268 - dir.size(), 'n');
   const std::string missingBody = dir + "NOBODY.TIF";
-  const struct {
-    std::string submitText;  // none: the submit file is not written
-    std::string submitPath;
-    std::string dataPath;
-    VLRESULT code;
-    std::string report;
-  } cases[] = {
-      {"%%[MESSAGE]\r\n%%[TEXT]\r\n", "", "", VL_E_SUBMIT_FILE_INVALID,
-       "%%[TEXT] or %%[FILE] section not found in submit file"},
-      {"", "", "", VL_E_SUBMIT_FILE_INVALID,
-       "%%[TEXT] or %%[FILE] section not found in submit file"},
+  const std::string noSection = "%%[TEXT] or %%[FILE] section not found in submit file";
+  // submitText: written as the submit file unless submitPath names another.
+  struct Case { std::string submitText, submitPath, dataPath; VLRESULT code; std::string report; };
+  const Case cases[] = {
+      {"%%[MESSAGE]\r\n%%[TEXT]\r\n", "", "", VL_E_SUBMIT_FILE_INVALID, noSection},
+      {"", "", "", VL_E_SUBMIT_FILE_INVALID, noSection},
       {"%%[FILE]\r\n" + missingBody + "\r\n", "", "", VL_E_FILE_NOT_FOUND,
        "Unable to open file " + missingBody},
       {"", dir + "NONE.SUB", "", VL_E_FILE_OPEN_ERROR, "Unable to open file '" + dir + "NONE.SUB'"},

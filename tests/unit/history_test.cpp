@@ -3,11 +3,9 @@
 
 #include <cstdio>
 #include <cstring>
-#include <filesystem>
 #include <string>
 #include <vector>
 
-#include "api/config.h"
 #include "msg/routes.h"
 #include "platform/fault.h"
 #include "platform/os.h"
@@ -23,8 +21,8 @@ using Lines = std::vector<std::string>;
 TEST(RouteTable, RowsStandInTheirOrderAndTheFirstMatchingWordWins) {
   Ints codes;
   for (const vl::Route& r : vl::Routes()) codes.push_back(r.code);
-  EXPECT_EQ(codes, (Ints{100, 101, 102, 103, 104, 105, 106, 107, 0,  1,  2,  3,  4,  5,  6,  7, 8, 10,
-                         11,  13,  14,  15,  16,  17,  18,  19,  20, 21, 22, 23, 24, 27, 25, 31, 30, 29}));
+  EXPECT_EQ(codes, (Ints{100, 101, 102, 103, 104, 105, 106, 107, 0, 1, 2, 3, 4, 5, 6, 7, 8, 10, 11,
+                         13, 14, 15, 16, 17, 18, 19, 20, 21, 22, 23, 24, 27, 25, 31, 30, 29}));
   const std::pair<const char*, int> words[] = {{"fax-fine", 3}, {"FAX-ANY", 100}, {"none", 0},
                                                {"Sms-Incoming", 29}, {"FAX-", -1}, {"", -1}};
   for (const auto& [word, code] : words) {
@@ -36,9 +34,6 @@ TEST(RouteTable, RowsStandInTheirOrderAndTheFirstMatchingWordWins) {
   for (uint16_t missing : {9, 12, 26, 28, 108}) EXPECT_EQ(vl::RouteByCode(missing), nullptr);
 }
 
-// The control file is opened by its upper-cased path: the areas are given
-// relative to the scratch directory, made the working directory, so that
-// the path exists on a case-sensitive file system too.
 class HistoryTest : public ::testing::Test {
  protected:
   void SetUp() override {
@@ -70,10 +65,21 @@ class HistoryTest : public ::testing::Test {
     EXPECT_EQ(count, expectedCount);
     return records;
   }
+  // One long record of the body into record_, counted in count_.
+  VLRESULT Get(uint16_t dir, const char* body, int16_t size = 166, int16_t maxEntries = 1) {
+    return VlxGetMsgHistoryEx(handle_, dir, body, 0, 0, maxEntries, &count_, size, &record_);
+  }
+  static Ints Events(const std::vector<VLMSGHISTORYEX>& records, size_t n) {
+    Ints events;
+    for (size_t i = 0; i < n; ++i) events.push_back(records[i].Event);
+    return events;
+  }
 
   vltest::Scratch scratch_;
   vltest::FaxTree tree_{scratch_};
   VLHANDLE handle_ = 0;
+  VLMSGHISTORYEX record_;
+  uint16_t count_ = 0;
 };
 
 TEST_F(HistoryTest, TheFilterPicksOneAddresseeAndCountingGoesOnPastMaxEntries) {
@@ -100,12 +106,8 @@ TEST_F(HistoryTest, TheFilterPicksOneAddresseeAndCountingGoesOnPastMaxEntries) {
 
   WriteHistory("RouterSub: 1\r\nScanOK: 2\r\nTried: 3\r\nRouterAcc: 4\r\nStatus: OK\r\n"
                "RouterErr: 5\r\nScanEr: 6\r\nRecdEr: 7\r\nTriedX: 8\r\n");
-  records = Read(0, 0, 3, 3);
-  EXPECT_EQ((Ints{records[0].Event, records[1].Event, records[2].Event}), (Ints{3, 6, 5}));
-  records = Read(0, 1, 7, 7);
-  Ints events;
-  for (int i = 0; i < 7; ++i) events.push_back(records[i].Event);
-  EXPECT_EQ(events, (Ints{8, 3, 7, 9, 10, 6, 5}));
+  EXPECT_EQ(Events(Read(0, 0, 3, 3), 3), (Ints{3, 6, 5}));
+  EXPECT_EQ(Events(Read(0, 1, 7, 7), 7), (Ints{8, 3, 7, 9, 10, 6, 5}));
 }
 
 TEST_F(HistoryTest, LinesAreParsedTokenByToken) {
@@ -148,27 +150,24 @@ TEST_F(HistoryTest, ShortAndOldRecordsHoldTheirPartOfTheEvent) {
                "SentEr: 26-02-03 04:05:06 2 \"Bob\" FAX p <0 2 0:0:0 D R\r\n"
                "SentOK: 26-02-03 04:05:06 3\r\n");
   // Short records lie 94 bytes apart, without the addressee text.
-  std::vector<unsigned char> bytes(2 * 94 + 10, 0x5A);
+  std::string bytes(2 * 94 + 10, 'Z');
   uint16_t count = 0;
   ASSERT_EQ(VlxGetMsgHistoryEx(handle_, VL_DIR_OUT, "MSG1", 0, 0, 2, &count, 94,
                                reinterpret_cast<VLMSGHISTORYEX*>(bytes.data())),
             VL_OK);
-  EXPECT_EQ(count, 3);
   VLMSGHISTORYEX second;
   std::memcpy(&second, bytes.data() + 94, 94);
-  EXPECT_EQ((Ints{bytes[0], second.Event, second.Pages}), (Ints{1, 4, 2}));
+  EXPECT_EQ((Ints{count, bytes[0], second.Event, second.Pages}), (Ints{3, 1, 4, 2}));
   EXPECT_STREQ(second.RemoteServer, "R");
-  EXPECT_EQ(std::vector<unsigned char>(bytes.begin() + 188, bytes.end()),
-            std::vector<unsigned char>(10, 0x5A));
+  EXPECT_EQ(bytes.substr(188), std::string(10, 'Z'));
 
   VLMSGHISTORY old[3];
   std::memset(old, 0x5A, sizeof old);
   ASSERT_EQ(VlxGetMsgHistory(handle_, VL_DIR_OUT, "MSG1", 0, 0, 2, &count, old), VL_OK);
-  EXPECT_EQ(count, 3);
   const VLMSGHISTORY& r = old[0];
-  EXPECT_EQ((Ints{r.Event, r.Year, r.Month, r.Day, r.Hour, r.Minute, r.Second, r.Addressee,
+  EXPECT_EQ((Ints{count, r.Event, r.Year, r.Month, r.Day, r.Hour, r.Minute, r.Second, r.Addressee,
                   r.Route, r.ErrorCode, r.Pages, r.ConnectTime, old[1].Addressee, old[2].Event}),
-            (Ints{1, 2026, 2, 3, 4, 5, 6, 1, 5, 15, 3, 60, 2, 0x5A5A}));
+            (Ints{3, 1, 2026, 2, 3, 4, 5, 6, 1, 5, 15, 3, 60, 2, 0x5A5A}));
   EXPECT_EQ((Lines{r.RouteParams, r.Device}), (Lines{"p q", "COM1"}));
   EXPECT_EQ(VlxGetMsgHistory(handle_, VL_DIR_OUT, "MSG1", 0, 0, 0, &count, nullptr), VL_OK);
   EXPECT_EQ(VlxGetMsgHistory(handle_, VL_DIR_OUT, "MSG1", 0, 0, 1, &count, nullptr),
@@ -177,45 +176,36 @@ TEST_F(HistoryTest, ShortAndOldRecordsHoldTheirPartOfTheEvent) {
 }
 
 TEST_F(HistoryTest, ArgumentsFilesAndTraces) {
-  VLMSGHISTORYEX record;
-  uint16_t count = 77;
+  count_ = 77;
   const VLRESULT codes[] = {
-      VlxGetMsgHistoryEx(handle_, 1, "MSG1", 0, 0, 1, &count, 100, &record),
-      VlxGetMsgHistoryEx(handle_, 1, "", 0, 0, 1, &count, 100, &record),
-      VlxGetMsgHistoryEx(handle_, 1, "msgdir", 0, 0, 1, &count, 166, &record),
-      VlxGetMsgHistoryEx(handle_, 1, nullptr, 0, 0, 1, &count, 166, &record),
-      VlxGetMsgHistoryEx(handle_, 1, "MSG1", 0, 0, 1, nullptr, 166, &record),
-      VlxGetMsgHistoryEx(handle_, 3, "Gone", 0, 0, 1, &count, 166, &record),
-  };
-  EXPECT_EQ(Ints(codes, codes + 6), (Ints{VL_E_INVALID_PARAM, VL_E_INVALID_PARAM,
-                                          VL_E_INVALID_PARAM, VL_E_INVALID_PARAM,
-                                          VL_E_INVALID_PARAM, VL_E_MSG_UNKNOWN}));
+      Get(1, "MSG1", 100), Get(1, "", 100), Get(1, "msgdir"), Get(1, nullptr),
+      VlxGetMsgHistoryEx(handle_, 1, "MSG1", 0, 0, 1, nullptr, 166, &record_), Get(3, "Gone")};
+  EXPECT_EQ(Ints(codes, codes + 5), Ints(5, VL_E_INVALID_PARAM));
+  EXPECT_EQ(codes[5], VL_E_MSG_UNKNOWN);
   EXPECT_EQ(Reported::Texts(), (Lines{"VLMSGHISTORYEX size invalid", "Body name invalid",
                                       "Message name msgdir not valid",
                                       "Invalid parameter supplied to API: body is NULL",
                                       "Invalid parameter supplied to API: count is NULL",
                                       "Control file USERS\\JSMITH\\V-IN\\GONE.CTL not found"}));
-  EXPECT_EQ(count, 77) << "set only once the file is open";
+  EXPECT_EQ(count_, 77) << "set only once the file is open";
   WriteHistory("SentOK: 26-01-01\r\n");
   os::fault::Inject(os::fault::Op::OpenStream, 1, os::kAccessDenied);
-  EXPECT_EQ(VlxGetMsgHistoryEx(handle_, 1, "msg1", 0, 0, 1, &count, 166, &record),
-            VL_E_CONTROL_FILE_OPEN_ERROR);
+  EXPECT_EQ(Get(1, "msg1"), VL_E_CONTROL_FILE_OPEN_ERROR);
   EXPECT_EQ(Reported::Last(), "Unable to open file USERS\\JSMITH\\V-OUT\\MSG1.CTL");
-  EXPECT_EQ(VlxGetMsgHistoryEx(0, 1, "MSG1", 0, 0, 1, &count, 166, &record), VL_E_NOT_INIT);
+  EXPECT_EQ(VlxGetMsgHistoryEx(0, 1, "MSG1", 0, 0, 1, &count_, 166, &record_), VL_E_NOT_INIT);
 
   vltest::WriteFile("USERS\\JSMITH\\V-IN\\NOHIST.CTL", "[MESSAGE]\r\nSentOK: 26-01-01\r\n");
   vltest::TraceInto(scratch_);
-  ASSERT_EQ(VlxGetMsgHistoryEx(handle_, 1, "msg1", 0, 0, 2, &count, 166, &record), VL_OK);
-  ASSERT_EQ(VlxGetMsgHistoryEx(handle_, 7, "NoHist", 0, 0, -1, &count, 166, nullptr), VL_OK);
-  EXPECT_EQ(count, 0);
-  char prefix[16];
-  std::snprintf(prefix, sizeof prefix, "S=%.8x  ", static_cast<unsigned>(handle_));
-  const std::string s = prefix;
+  ASSERT_EQ(Get(1, "msg1", 166, 2), VL_OK);
+  ASSERT_EQ(VlxGetMsgHistoryEx(handle_, 7, "NoHist", 0, 0, -1, &count_, 166, nullptr), VL_OK);
+  EXPECT_EQ(count_, 0);
+  char s[16];
+  std::snprintf(s, sizeof s, "S=%.8x  ", static_cast<unsigned>(handle_));
   EXPECT_EQ(vltest::TraceLines(scratch_),
-            (Lines{s + "VlxGetMsgHistory - 'V-OUT\\msg1.CTL', MaxEntries = 2",
-                   s + "...VlxGetMsgHistory - return OK",
-                   s + "VlxGetMsgHistory - '???\\NoHist.CTL', MaxEntries = -1",
-                   s + "...VlxGetMsgHistory - no HISTORY para"}));
+            (Lines{s + std::string("VlxGetMsgHistory - 'V-OUT\\msg1.CTL', MaxEntries = 2"),
+                   s + std::string("...VlxGetMsgHistory - return OK"),
+                   s + std::string("VlxGetMsgHistory - '???\\NoHist.CTL', MaxEntries = -1"),
+                   s + std::string("...VlxGetMsgHistory - no HISTORY para")}));
 }
 
 }  // namespace

@@ -3,8 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
-#include <string>
-#include <vector>
 
 #ifdef _WIN32
 #include <windows.h>
@@ -20,13 +18,17 @@ namespace {
 using vltest::Reported;
 using Lines = std::vector<std::string>;
 
+const std::string kEntry = "VlxCheckServer", kDown = "...VlxCheckServer - return 0xF70C";
+
 class ServerTest : public ::testing::Test {
  protected:
   void SetUp() override {
     tree_.AddUser("JOHN");
     tree_.UseAsExplicitAreas();
     handle_ = vltest::LogOn("JOHN");
-    std::snprintf(s_, sizeof s_, "S=%.8lx  ", static_cast<unsigned long>(handle_));
+    char field[32];
+    std::snprintf(field, sizeof field, "S=%.8lx  ", static_cast<unsigned long>(handle_));
+    s_ = field;
     Reported::Clear();
   }
   void TearDown() override {
@@ -51,8 +53,8 @@ class ServerTest : public ::testing::Test {
   vltest::Scratch scratch_;
   vltest::FaxTree tree_{scratch_};
   VLHANDLE handle_ = 0;
-  char s_[32] = {};  // the trace lines' session field for handle_
-  const std::string none_ = "S=00000000  ";
+  std::string s_;  // the trace lines' session field for handle_
+  const std::string n_ = "S=00000000  ";
 };
 
 using ServerCheckTest = ServerTest;
@@ -72,14 +74,10 @@ TEST_F(ServerCheckTest, AMissingOrStaleLockFileMeansNotRunningUnlessTheCheckIsOf
   vltest::RemoveTree(tree_.Request() + "VELOMAR.LOK");
   EXPECT_EQ(VlxCheckServer(0), VL_E_SERVER_NOT_RUNNING);
   EXPECT_TRUE(Reported::Texts().empty());
-  const std::string s = s_, n = none_, off = "VlxCheckServer - return OK (no check)";
-  EXPECT_EQ(Traced(), (Lines{s + "VlxCheckServer", s + "...VlxCheckServer - return 0xF70C",
-                             n + "VlxCheckServer", n + "...VlxCheckServer - return 0xF70C",
-                             n + "VlxCheckServer",
-                             s + "VlxCheckServer", s + off,
-                             n + "VlxCheckServer", n + off,
-                             n + "VlxCheckServer", n + off,
-                             n + "VlxCheckServer", n + "...VlxCheckServer - return 0xF70C"}));
+  const std::string s = s_, n = n_, off = "VlxCheckServer - return OK (no check)";
+  EXPECT_EQ(Traced(), (Lines{s + kEntry, s + kDown, n + kEntry, n + kDown, n + kEntry, s + kEntry,
+                             s + off, n + kEntry, n + off, n + kEntry, n + off, n + kEntry,
+                             n + kDown}));
 }
 
 TEST_F(ServerCheckTest, ALockFileHeldByAnotherProcessMeansRunning) {
@@ -92,10 +90,8 @@ TEST_F(ServerCheckTest, ALockFileHeldByAnotherProcessMeansRunning) {
   EXPECT_EQ(VlxCheckServer(0), VL_OK) << "handle 0 reads the areas from the configuration";
   server.Stop();
   EXPECT_EQ(VlxCheckServer(handle_), VL_E_SERVER_NOT_RUNNING);
-  const std::string s = s_;
-  EXPECT_EQ(Traced(), (Lines{s + "VlxCheckServer", s + "...VlxCheckServer - return OK",
-                             none_ + "VlxCheckServer", none_ + "...VlxCheckServer - return OK",
-                             s + "VlxCheckServer", s + "...VlxCheckServer - return 0xF70C"}));
+  const std::string s = s_, n = n_, up = "...VlxCheckServer - return OK";
+  EXPECT_EQ(Traced(), (Lines{s + kEntry, s + up, n + kEntry, n + up, s + kEntry, s + kDown}));
 #endif
 }
 
@@ -114,49 +110,42 @@ TEST_F(StartServerTest, SetupProblemsAreReportedWithTheirTexts) {
   const std::string path268(268 - tree_.Server().size(), 'X');
   // The "Sysman:" line of [SERVER] is taken, not that of an earlier paragraph.
   const std::string line = "[OTHER]\r\nSysman: S\r\n\r\n[SERVER]\r\nSysman: SYSMAN ";
+  const std::string sysman = "\r\nSysman: SYSMAN SYSMAN.EXE\r\n";
+  const std::string invalid = "Server paragraph name invalid";
   const std::string started;  // past the checks, but the program does not exist
-  const struct {
-    std::string setup;  // empty: no SETUP.INI
-    const char* paragraph;
-    VLRESULT code;
-    std::string report;
-  } cases[] = {
-      {"", "SERVER", VL_E_INVALID_PARAM, "Server paragraph name invalid"},
-      {"", "[SERVER", VL_E_INVALID_PARAM, "Server paragraph name invalid"},
-      {"", "SERVER]", VL_E_INVALID_PARAM, "Server paragraph name invalid"},
-      {"", p281.c_str(), VL_E_INVALID_PARAM, "Server paragraph name invalid"},
-      {"", nullptr, VL_E_SERVER_INI_FILE_ERROR,
-       "Unable to open file " + tree_.System() + "V-DB\\SETUP.INI"},
-      {"[OTHER]\r\nSysman: S X.EXE\r\n", "", VL_E_SERVER_INI_FILE_ERROR,
-       "Section [SERVER] not found in file SETUP.INI"},
-      {"[SERVER]\r\nProgram: X.EXE\r\n\r\n[NEXT]\r\nSysman: S X.EXE\r\n", nullptr,
-       VL_E_SERVER_INI_FILE_ERROR, "[SERVER] Sysman: line not found in file SETUP.INI"},
-      {"[BACKUP]\r\nSysman: SYSMAN\r\n", "[backup]", VL_E_SERVER_INI_FILE_ERROR,
+  const VLRESULT kParam = VL_E_INVALID_PARAM, kIni = VL_E_SERVER_INI_FILE_ERROR,
+                 kStarted = VL_E_NO_START_SYSMAN;
+  // setup: the text of SETUP.INI; empty: there is none.
+  struct Case { std::string setup; const char* paragraph; VLRESULT code; std::string report; };
+  const Case cases[] = {
+      {"", "SERVER", kParam, invalid},      {"", "[SERVER", kParam, invalid},
+      {"", "SERVER]", kParam, invalid},     {"", p281.c_str(), kParam, invalid},
+      {"", nullptr, kIni, "Unable to open file " + tree_.System() + "V-DB\\SETUP.INI"},
+      {"[OTHER]\r\nSysman: S X.EXE\r\n", "", kIni, "Section [SERVER] not found in file SETUP.INI"},
+      {"[SERVER]\r\nProgram: X.EXE\r\n\r\n[NEXT]\r\nSysman: S X.EXE\r\n", nullptr, kIni,
+       "[SERVER] Sysman: line not found in file SETUP.INI"},
+      {"[BACKUP]\r\nSysman: SYSMAN\r\n", "[backup]", kIni,
        "[BACKUP] Sysman: line invalid in file SETUP.INI"},
-      {line + "\"SYSMAN.EXE " + std::string(72, 'x') + "\"\r\n", nullptr,
-       VL_E_SERVER_INI_FILE_ERROR, "Invalid argument string for program SYSMAN"},
-      {line + "\"SYSMAN.EXE " + std::string(71, 'x') + "\"\r\n", nullptr, VL_E_NO_START_SYSMAN,
-       started},
-      {p81 + "\r\nSysman: SYSMAN SYSMAN.EXE\r\n", p81.c_str(), VL_E_SERVER_INI_FILE_ERROR,
-       "Paragraph name too long for program SYSMAN"},
-      {p80 + "\r\nSysman: SYSMAN SYSMAN.EXE\r\n", p80.c_str(), VL_E_NO_START_SYSMAN, started},
-      {line + path268 + "X\r\n", nullptr, VL_E_SERVER_INI_FILE_ERROR,
-       "Invalid path for program SYSMAN"},
-      {line + path268 + "\r\n", nullptr, VL_E_NO_START_SYSMAN, started},
+      {line + "\"SYSMAN.EXE " + std::string(72, 'x') + "\"\r\n", nullptr, kIni,
+       "Invalid argument string for program SYSMAN"},
+      {line + "\"SYSMAN.EXE " + std::string(71, 'x') + "\"\r\n", nullptr, kStarted, started},
+      {p81 + sysman, p81.c_str(), kIni, "Paragraph name too long for program SYSMAN"},
+      {p80 + sysman, p80.c_str(), kStarted, started},
+      {line + path268 + "X\r\n", nullptr, kIni, "Invalid path for program SYSMAN"},
+      {line + path268 + "\r\n", nullptr, kStarted, started},
       // Absolute: the server area is not put in front.
-      {line + "\\" + path268 + "\r\n", nullptr, VL_E_NO_START_SYSMAN, started},
+      {line + "\\" + path268 + "\r\n", nullptr, kStarted, started},
   };
   for (const auto& c : cases) {
-    const std::string paragraph = c.paragraph ? c.paragraph : "(null)";
     vltest::RemoveTree(tree_.System() + "V-DB\\SETUP.INI");
     if (!c.setup.empty()) WriteSetup(c.setup);
     Reported::Clear();
-    EXPECT_EQ(VlxStartServer(handle_, 0, c.paragraph), c.code) << paragraph;
+    EXPECT_EQ(VlxStartServer(handle_, 0, c.paragraph), c.code) << c.paragraph;
     if (c.report == started) {
-      ASSERT_EQ(Reported::Texts().size(), 1u) << paragraph;
+      ASSERT_EQ(Reported::Texts().size(), 1u) << c.paragraph;
       EXPECT_TRUE(Reported::Last().starts_with("Windows error 0x")) << Reported::Last();
     } else {
-      EXPECT_EQ(Reported::Texts(), Lines{c.report}) << paragraph;
+      EXPECT_EQ(Reported::Texts(), Lines{c.report}) << c.paragraph;
     }
   }
 }
@@ -183,14 +172,13 @@ TEST_F(StartServerTest, TheSystemManagerGetsTheParagraphOnItsCommandLine) {
   ASSERT_TRUE(vltest::FileExists(recorder)) << recorder;
   vltest::WriteFile(tree_.Server() + "SYSMAN.EXE", vltest::ReadFile(recorder));
   vltest::TraceInto(scratch_);
-
   const struct { const char* sysman; const char* paragraph; const char* commandLine; } cases[] = {
       {"[SERVER]\r\nSysman: SYSMAN SYSMAN.EXE\r\n", nullptr, "  [SERVER]"},
       {"[BACKUP]\r\nSysman: SYSMAN SYSMAN.EXE\r\n", "[backup]", "  [BACKUP]"},
       {"[SERVER]\r\nSysman: SYSMAN \"SYSMAN.EXE -x\"\r\n", "", "  -x [SERVER]"},
       {"[SERVER]\r\nSysman: \"SYS MAN\", \"SYSMAN.EXE -a -b\"\r\n", nullptr, "  -a -b [SERVER]"},
   };
-  const std::string s = s_, recorded = tree_.Server() + "COMMAND.TXT";
+  const std::string recorded = tree_.Server() + "COMMAND.TXT";
   Lines expected;
   for (const auto& c : cases) {
     vltest::RemoveTree(recorded);
@@ -202,11 +190,10 @@ TEST_F(StartServerTest, TheSystemManagerGetsTheParagraphOnItsCommandLine) {
       commandLine = vltest::ReadFile(recorded);
     }
     EXPECT_EQ(commandLine, c.commandLine);
-    expected.insert(expected.end(),
-                    {s + "VlxStartServer - ParaName = '" +
-                         (c.paragraph ? c.paragraph : "(default)") + "'",
-                     s + "VlxCheckServer", s + "...VlxCheckServer - return 0xF70C",
-                     s + "...VlxStartServer - return OK"});
+    const std::string paragraph = c.paragraph ? c.paragraph : "(default)";
+    expected.insert(expected.end(), {s_ + "VlxStartServer - ParaName = '" + paragraph + "'",
+                                     s_ + kEntry, s_ + kDown,
+                                     s_ + "...VlxStartServer - return OK"});
   }
   EXPECT_EQ(Traced(), expected);
 #endif

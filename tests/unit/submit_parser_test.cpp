@@ -62,6 +62,7 @@ TEST_F(SubmitParserTest, OptionsLinesFillTheRecord) {
       {"Delete: ok", [](auto& o) { return !o.DeleteFax && !o.DeleteSMS && o.DeleteFaxIfOK && o.DeleteSMSIfOK; }},
       {"After: OFFPEAK", [](auto& o) { return !std::strcmp(o.After, "OFFPEAK"); }},
       {"After: 2026-1-5 9:5:0", [](auto& o) { return !std::strcmp(o.After, "26-01-05 09:05:00"); }},
+      {"After: 1999-12-31 23:59:59", [](auto& o) { return !std::strcmp(o.After, "99-12-31 23:59:59"); }},
       {"After: 120-1-1 0:0:0", [](auto& o) { return o.After[0] == '\0'; }},
       {"User: someone", [](auto& o) { return o.Hold == 0; }},
       {"SentItems: No", [](auto& o) { return o.SentItemsFax == 0; }},
