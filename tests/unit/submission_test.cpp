@@ -115,6 +115,44 @@ TEST_F(SubmissionTest, ASubmitFileBecomesControlFileDataFilesListEntryAndRequest
   EXPECT_STREQ(reinterpret_cast<const char*>(addressees.data() + 200 + 2), "Jo");
 }
 
+TEST_F(SubmissionTest, AnEpsonMessageWithTextFromFilesAndSections) {
+  vltest::WriteFile("SUBJECT.TXT", "From a file\n");
+  vltest::WriteFile("BODY.TXT", "x%%[PAGE]y\r\n");
+  ASSERT_EQ(Submit("%%[MESSAGE]\r\nFormat: EPSON\r\nComment: printer text\r\n"
+                   "DOCUMENT: C:\\DOCS\\A.DOC\r\nAttach: a.doc,b.doc\r\nDelete: OK\r\n"
+                   "To: Mo\r\nSMS: 0700 1\r\nField: Custom ref-9\r\nTo: Jo\r\nVia: LAN-ANY JO\r\n"
+                   "%%[SUBJECTFILE]\r\nSUBJECT.TXT\r\n%%[COVERTEXT]\r\nHello,\r\n\r\nsee below\r\n"
+                   "%%[TEXT]\r\n%%[BOLD:ON]Bold%%[BOLD:OFF]\r\n%%[FILE]\r\nBODY.TXT\r\n"),
+            VL_OK)
+      << Reported::Last();
+  const std::string control = Masked(vltest::ReadFile(Out() + "~FAXA000.CTL"));
+  const std::string options = control.substr(control.find("[OPTIONS]"));
+  EXPECT_EQ(options, Lines({"[OPTIONS]", "From: ", "FromTelephone: ", "FromFax: ", "FromEmail: ",
+                            "FromParam: ", "Coversheet: ", "Letterhead: ", "Priority: NORMAL",
+                            "After: ", "Header: NoToFrDaTi", "Quality: NORMAL", "Chargecode: ",
+                            "CodeDescription:", "Preview: YES", "FaxBroadcast: NO", "Hold: NO",
+                            "Delete: OK", "ConvGraph: YES", "Attach: a.doc", "Attach: b.doc",
+                            "Document: C:\\DOCS\\A.DOC", "Subject: From a file",
+                            "Covertext: Hello,", "Covertext:", "Covertext: see below",
+                            "SentItems: YES", "[ADDRESSEES]", "Shortname:", "AddrStatus: Wa",
+                            "Name: Mo", "Field: Name Mo", "Field: SMS 0700 1",
+                            "Field: Custom ref-9", "Organisation:", "Field: Organisation",
+                            "Via: SMS-ANY 0700 1", "Shortname:", "AddrStatus: Wa", "Name: Jo",
+                            "Field: Name Jo", "Organisation:", "Field: Organisation",
+                            "Via: LAN-ANY JO"}));
+  EXPECT_NE(control.find("File: ~FAXA000.EPN\r\nComment: printer text\r\n"), std::string::npos);
+  EXPECT_NE(control.find("Format: EPSON\r\n"), std::string::npos);
+  EXPECT_NE(control.find("MsgType: SMS\r\n"), std::string::npos);
+  EXPECT_EQ(vltest::ReadFile(Out() + "~FAXA000.EPN"), "\x1b" "EBold\x1b" "F\r\n");
+  EXPECT_EQ(vltest::ReadFile(Out() + "~FAXA000.001"), "x\fy\r\n");
+  int16_t count = 0;
+  VLMSGINFOEX listed[2];
+  ASSERT_EQ(VlxGetMsgListEx(handle_, VL_DIR_OUT, 2, &count, 272, listed), VL_OK);
+  EXPECT_EQ(count, 1);
+  EXPECT_STREQ(listed[0].Subject, "From a file");
+  EXPECT_EQ(listed[0].MsgType, 3);
+}
+
 TEST_F(SubmissionTest, AFailedSubmissionLeavesNoFileOfTheMessage) {
   const struct {
     const char* text;
