@@ -153,6 +153,15 @@ TEST_F(SubmissionTest, AnEpsonMessageWithTextFromFilesAndSections) {
   EXPECT_EQ(listed[0].MsgType, 3);
 }
 
+TEST_F(SubmissionTest, TheOneCallFormOpensAndClosesItsOwnSession) {
+  vltest::WriteFile(scratch_.Path("SUBMIT.TXT"),
+                    "%%[MESSAGE]\r\nTo: A\r\nFax: 1\r\n%%[TEXT]\r\nx\r\n");
+  ASSERT_EQ(VlxVBSendSubmitFile("jsmith", scratch_.Path("SUBMIT.TXT").c_str(), "FAXA"), VL_OK);
+  EXPECT_EQ(vltest::ReadFile(Out() + "~FAXA000.TXT"), "x\r\n");
+  EXPECT_EQ(VlxVBSendSubmitFile("NO SUCH", scratch_.Path("SUBMIT.TXT").c_str(), "FAXA"),
+            VL_E_INVALID_PARAM);
+}
+
 TEST_F(SubmissionTest, AFailedSubmissionLeavesNoFileOfTheMessage) {
   const struct {
     const char* text;
