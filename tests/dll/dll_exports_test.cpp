@@ -48,7 +48,9 @@ TEST(Exports, NamesAndOrdinals) {
       {"VlxGetUserCoversheet", 39}, {"VlxGetUserFromname", 40}, {"VlxGetMsgHistory", 15},
       {"VlxGetMsgHistoryEx", 36}, {"VlxSendMsg", 7},         {"VlxCreateDataFile", 9},
       {"VlxCreateCtlFile", 14},  {"VlxSendSubmitFile", 25},  {"VlxVBSendSubmitFile", 26},
-      {"VlxSendMsgEx", 34},      {"VlxCreateCtlFileEx", 35}};
+      {"VlxSendMsgEx", 34},      {"VlxCreateCtlFileEx", 35}, {"VlxGetServerStatus", 18},
+      {"VlxGetServerStatusEx", 27}, {"VlxStartPrint", 140}, {"VlxIsPrintComplete", 141},
+      {"VlxCancelPrint", 142}};
   for (const auto& e : exports) {
     FARPROC byName = GetProcAddress(dll.get(), e.name);
     EXPECT_NE(byName, nullptr) << e.name;
