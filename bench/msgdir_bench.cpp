@@ -16,7 +16,7 @@
 #include "api/config.h"
 #include "api/session.h"
 #include "msg/msg_dir.h"
-#include "bench/bench_files.h"
+#include "bench/bench_support.h"
 #include "platform/os.h"
 #include "vlapi.h"
 
@@ -35,21 +35,6 @@ std::string Entry(int i) {
   return text;
 }
 
-// The median time of kRuns runs of work, in milliseconds; prepare runs
-// before each, untimed.
-double Median(const std::function<void()>& work, const std::function<void()>& prepare = {}) {
-  std::vector<double> times;
-  for (int i = 0; i < kRuns; ++i) {
-    if (prepare) prepare();
-    auto start = std::chrono::steady_clock::now();
-    work();
-    auto end = std::chrono::steady_clock::now();
-    times.push_back(std::chrono::duration<double, std::milli>(end - start).count());
-  }
-  std::sort(times.begin(), times.end());
-  return times[times.size() / 2];
-}
-
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -57,9 +42,7 @@ int main(int argc, char** argv) {
   os::TempDirectory(&temp);
   const std::string root = argc > 1 ? std::string(argv[1]) + "\\" : temp + "vlbench\\";
   const int entries = argc > 2 ? std::atoi(argv[2]) : 10000;
-  for (const char* dir : {"", "SERVER", "SYSTEM", "REQUEST", "USERS", "USERS\\BENCH",
-                          "USERS\\BENCH\\V-DB", "USERS\\BENCH\\V-OUT", "USERS\\BENCH\\V-IN"})
-    os::MakeDirectory((root + dir).c_str());
+  bench::MakeTree(root);
   vl::SetAreas((root + "SERVER").c_str(), (root + "SYSTEM").c_str(), (root + "USERS").c_str(),
                (root + "REQUEST").c_str());
   VLHANDLE handle = 0;
@@ -74,7 +57,7 @@ int main(int argc, char** argv) {
   char last[16];
   std::snprintf(last, sizeof last, "M%07d", entries);
 
-  const double plain = Median([&] {
+  const double plain = bench::Median(kRuns, [&] {
     os::OpenRequest request;
     request.read = true;
     os::OpenedStream in = os::OpenStream(list.c_str(), request);
@@ -84,18 +67,18 @@ int main(int argc, char** argv) {
     if (lines == 0) std::exit(1);
   });
   std::vector<VLMSGINFOEX> records(static_cast<size_t>(entries));
-  const double listing = Median([&] {
+  const double listing = bench::Median(kRuns, [&] {
     int16_t count = 0;
     if (VlxGetMsgListEx(handle, VL_DIR_OUT, static_cast<int16_t>(entries), &count, 272,
                         records.data()) != VL_OK || count != entries)
       std::exit(1);
   });
-  const double lookup = Median([&] {
+  const double lookup = bench::Median(kRuns, [&] {
     VLMSGINFOEX info;
     if (VlxGetMsgInfoEx(handle, VL_DIR_OUT, last, 272, &info) != VL_OK) std::exit(1);
   });
   vl::SessionPtr session = vl::SessionFromHandle(handle);
-  const double removal = Median(
+  const double removal = bench::Median(kRuns,
       [&] {
         if (vl::MsgDirUpdate(*session, VL_DIR_OUT, last, nullptr) != VL_OK) std::exit(1);
       },

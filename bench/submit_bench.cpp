@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "api/config.h"
-#include "bench/bench_files.h"
+#include "bench/bench_support.h"
 #include "platform/os.h"
 #include "vlapi.h"
 
@@ -46,23 +46,22 @@ std::string ListOf(int entries) {
 double MedianSubmission(VLHANDLE handle, const std::string& root, const std::string& list) {
   const std::string out = root + "USERS\\BENCH\\V-OUT\\", request = root + "REQUEST\\";
   const std::string submit = root + "SUBMIT.TXT";
-  std::vector<double> times;
-  for (int i = 0; i < kRuns; ++i) {
-    RemoveAllBut(out, "");
-    RemoveAllBut(request, "VELOMAR.LOK");
-    bench::WriteText(out + "MSGDIR.CTL", list);
-    char body[9];
-    auto start = std::chrono::steady_clock::now();
-    VLRESULT rc = VlxSendSubmitFile(handle, submit.c_str(), "BNCH", body);
-    auto end = std::chrono::steady_clock::now();
-    if (rc != VL_OK) {
-      std::fprintf(stderr, "submission failed: 0x%04X\n", static_cast<unsigned>(static_cast<uint16_t>(rc)));
-      std::exit(1);
-    }
-    times.push_back(std::chrono::duration<double, std::milli>(end - start).count());
-  }
-  std::sort(times.begin(), times.end());
-  return times[times.size() / 2];
+  return bench::Median(
+      kRuns,
+      [&] {
+        char body[9];
+        VLRESULT rc = VlxSendSubmitFile(handle, submit.c_str(), "BNCH", body);
+        if (rc != VL_OK) {
+          std::fprintf(stderr, "submission failed: 0x%04X\n",
+                       static_cast<unsigned>(static_cast<uint16_t>(rc)));
+          std::exit(1);
+        }
+      },
+      [&] {
+        RemoveAllBut(out, "");
+        RemoveAllBut(request, "VELOMAR.LOK");
+        bench::WriteText(out + "MSGDIR.CTL", list);
+      });
 }
 
 }  // namespace
@@ -72,10 +71,7 @@ int main(int argc, char** argv) {
   os::TempDirectory(&temp);
   const std::string root = argc > 1 ? std::string(argv[1]) + "\\" : temp + "vlsubmitbench\\";
   const int listed = argc > 2 ? std::atoi(argv[2]) : 10000;
-  for (const char* dir : {"", "SERVER", "SYSTEM", "SYSTEM\\V-DB", "REQUEST", "USERS",
-                          "USERS\\BENCH", "USERS\\BENCH\\V-DB", "USERS\\BENCH\\V-OUT",
-                          "USERS\\BENCH\\V-IN"})
-    os::MakeDirectory((root + dir).c_str());
+  bench::MakeTree(root);
   for (const char* ini : {"SYSTEM\\V-DB\\USER.INI", "USERS\\BENCH\\V-DB\\USER.INI"})
     bench::WriteText(root + ini, "[OPTIONS]\r\nFrom: Bench\r\n");
   bench::WriteText(root + "SUBMIT.TXT",
