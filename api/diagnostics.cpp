@@ -110,6 +110,11 @@ void ApiReportError(const ApiSession* session, const char* format, ...) {
   if (session && session->errorCallback) session->errorCallback(text.c_str());
 }
 
+VLRESULT ReportFailure(const ApiSession* session, VLRESULT code, const char* text) {
+  ApiReportError(session, "%s", text);
+  return code;
+}
+
 void ReportNullArgument(const ApiSession* session, const char* argument) {
   ApiReportError(session, "Invalid parameter supplied to API: %s is NULL", argument);
 }

@@ -26,6 +26,9 @@ void ApiTraceHandle(VLHANDLE handle, const char* format, ...) VL_PRINTF(2, 3);
 // the session's error callback.
 void ApiReportError(const ApiSession* session, const char* format, ...) VL_PRINTF(2, 3);
 
+// Reports text as it stands (it is not a format) and returns code.
+VLRESULT ReportFailure(const ApiSession* session, VLRESULT code, const char* text);
+
 // The one text reported for a missing pointer argument.
 void ReportNullArgument(const ApiSession* session, const char* argument);
 

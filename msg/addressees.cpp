@@ -110,10 +110,7 @@ VLRESULT ReadAddressees(ApiSession& session, CallFrame& frame, uint16_t selector
                         const char* body, uint16_t maxEntries, uint16_t* count,
                         MsgAddresseeRecord* records) {
   if (VLRESULT rc = CheckControlFileBody(session, body)) return rc;
-  if (!count || (!records && maxEntries > 0)) {
-    ReportNullArgument(&session, count ? "records" : "count");
-    return VL_E_INVALID_PARAM;
-  }
+  if (VLRESULT rc = CheckListOutputs(session, count, records, maxEntries)) return rc;
   para::Opened control;
   std::string path;
   if (VLRESULT rc = OpenControlFile(session, selector, body, &control, &path)) return rc;

@@ -76,11 +76,6 @@ const char* AfterKeyword(const char* line, const char* keyword) {
   return value;
 }
 
-VLRESULT AddressingError(const ApiSession& session, const char* text) {
-  ApiReportError(&session, "%s", text);
-  return VL_E_SUBMIT_FILE_INVALID;
-}
-
 // Translates the addressing lines into the "[ADDRESSEES]" paragraph.
 VLRESULT WriteAddressees(const ApiSession& session, FILE* out, FILE* submit) {
   std::fputs("[ADDRESSEES]\r\n", out);
@@ -90,7 +85,7 @@ VLRESULT WriteAddressees(const ApiSession& session, FILE* out, FILE* submit) {
   std::string route;
   auto complete = [&]() -> VLRESULT {
     if (!hasOrganisation) std::fputs("Organisation:\r\nField: Organisation\r\n", out);
-    if (route.empty()) return AddressingError(session, "Route missing from SUBMIT file");
+    if (route.empty()) return ReportFailure(&session, VL_E_SUBMIT_FILE_INVALID, "Route missing from SUBMIT file");
     std::fprintf(out, "Via: %s\r\n", route.c_str());
     return VL_OK;
   };
@@ -132,16 +127,16 @@ VLRESULT WriteAddressees(const ApiSession& session, FILE* out, FILE* submit) {
     } else if (is("Via:")) {
       route = AfterKeyword(line, "Via:");
     } else if (is("Covertext:") || is("Note:")) {
-      return AddressingError(session,
+      return ReportFailure(&session, VL_E_SUBMIT_FILE_INVALID,
                              "'Covertext' lines must be immediately before first 'To' line");
     } else {
       ApiReportError(&session, "Unrecognised addressing options line '%.20s%s'", line,
                      std::strlen(line) > 20 ? "..." : "");
-      return AddressingError(session,
+      return ReportFailure(&session, VL_E_SUBMIT_FILE_INVALID,
                              "Message options lines must be before 'To' and 'Covertext' lines");
     }
   }
-  if (atEnd || !any) return AddressingError(session, "No addressees specified in SUBMIT file");
+  if (atEnd || !any) return ReportFailure(&session, VL_E_SUBMIT_FILE_INVALID, "No addressees specified in SUBMIT file");
   return complete();
 }
 

@@ -162,10 +162,7 @@ VLRESULT ReadHistory(ApiSession& session, CallFrame& frame, uint16_t selector, c
     ApiReportError(&session, "VLMSGHISTORYEX size invalid");
     return VL_E_INVALID_PARAM;
   }
-  if (!count || (!records && maxEntries > 0)) {
-    ReportNullArgument(&session, count ? "records" : "count");
-    return VL_E_INVALID_PARAM;
-  }
+  if (VLRESULT rc = CheckListOutputs(session, count, records, maxEntries)) return rc;
   para::Opened control;
   std::string path;
   if (VLRESULT rc = OpenControlFile(session, selector, body, &control, &path)) return rc;

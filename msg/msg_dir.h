@@ -25,6 +25,9 @@ VLRESULT CheckSelector(const ApiSession& session, uint16_t selector);
 VLRESULT CheckBodyLength(const ApiSession& session, const char* body);
 VLRESULT CheckNotReserved(const ApiSession& session, const char* body);
 VLRESULT CheckInfoSize(const ApiSession& session, uint16_t size);
+// The count place must be given, and the records too when any are wanted.
+VLRESULT CheckListOutputs(const ApiSession& session, const void* count, const void* records,
+                          int maxEntries);
 
 // Reads the entries of one open list, keeping its buffers between entries.
 struct MsgDirReader {

@@ -74,11 +74,6 @@ void ReadAccepted(const char* value, VLMSGINFOEX& record) {
 enum DocumentField { kFile, kComment, kOrganisation };
 enum MessageField { kAccepted, kType, kStatus, kUserStatus, kSubject, kMsgType, kCustom };
 
-VLRESULT Invalid(const ApiSession& session, const char* text) {
-  ApiReportError(&session, "%s", text);
-  return VL_E_INFO_FILE_INVALID;
-}
-
 }  // namespace
 
 MsgDirReader::MsgDirReader(FILE* list)
@@ -120,6 +115,13 @@ VLRESULT CheckInfoSize(const ApiSession& session, uint16_t size) {
   return VL_E_INVALID_PARAM;
 }
 
+VLRESULT CheckListOutputs(const ApiSession& session, const void* count, const void* records,
+                          int maxEntries) {
+  if (count && (records || maxEntries <= 0)) return VL_OK;
+  ReportNullArgument(&session, count ? "records" : "count");
+  return VL_E_INVALID_PARAM;
+}
+
 VLRESULT MsgDirReadEntry(const ApiSession& session, uint16_t selector, MsgDirReader& reader,
                          const char* wanted, long* position, uint16_t size, VLMSGINFOEX* record) {
   (void)selector;
@@ -143,7 +145,7 @@ VLRESULT MsgDirReadEntry(const ApiSession& session, uint16_t selector, MsgDirRea
     document.Collect(cursor);
     const char* file = document.Value(kFile);
     if (!file || !BodyOfFileValue(file, body))
-      return Invalid(session, "[DOCUMENT] File: line missing or invalid");
+      return ReportFailure(&session, VL_E_INFO_FILE_INVALID, "[DOCUMENT] File: line missing or invalid");
     if (wanted && !para::EqualNoCase(body, wanted)) continue;
     if (position) *position = start;
     break;
@@ -157,7 +159,7 @@ VLRESULT MsgDirReadEntry(const ApiSession& session, uint16_t selector, MsgDirRea
     CopyBounded(record->Body, body);
   }
   const char* comment = document.Value(kComment);
-  if (!comment) return Invalid(session, "[DOCUMENT] Comment: line missing or invalid");
+  if (!comment) return ReportFailure(&session, VL_E_INFO_FILE_INVALID, "[DOCUMENT] Comment: line missing or invalid");
   if (record) {
     CopyBounded(record->Comment, comment);
     if (full) {
@@ -172,25 +174,25 @@ VLRESULT MsgDirReadEntry(const ApiSession& session, uint16_t selector, MsgDirRea
       foundMessage = true;
       break;
     }
-  if (!foundMessage) return Invalid(session, "[MESSAGE] paragraph missing");
+  if (!foundMessage) return ReportFailure(&session, VL_E_INFO_FILE_INVALID, "[MESSAGE] paragraph missing");
   message.Collect(cursor);
 
   const char* accepted = message.Value(kAccepted);
-  if (!accepted) return Invalid(session, "[MESSAGE] Accepted: line missing or invalid");
+  if (!accepted) return ReportFailure(&session, VL_E_INFO_FILE_INVALID, "[MESSAGE] Accepted: line missing or invalid");
   if (record && full) ReadAccepted(accepted, *record);
   const char* type = message.Value(kType);
-  if (!type) return Invalid(session, "[MESSAGE] Type: line missing or invalid");
+  if (!type) return ReportFailure(&session, VL_E_INFO_FILE_INVALID, "[MESSAGE] Type: line missing or invalid");
   const bool preview = para::EqualNoCase(type, "PREVIEW");
   const char* status = message.Value(kStatus);
   if (!status || std::strlen(status) != 2)
-    return Invalid(session, "[MESSAGE] Status: line missing or invalid");
+    return ReportFailure(&session, VL_E_INFO_FILE_INVALID, "[MESSAGE] Status: line missing or invalid");
   if (!record) return VL_OK;
 
   record->Status = MessageStatusOf(status, preview);
   if (size >= 116) {
     const char* userStatus = message.Value(kUserStatus);
     if (!userStatus || std::strlen(userStatus) != 2)
-      return Invalid(session, "[MESSAGE] UserStatus: line missing or invalid");
+      return ReportFailure(&session, VL_E_INFO_FILE_INVALID, "[MESSAGE] UserStatus: line missing or invalid");
     record->UserStatus = UserStatusOf(userStatus);
   }
   const char* subject = message.Value(kSubject);

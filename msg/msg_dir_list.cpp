@@ -37,10 +37,7 @@ VLRESULT ListMessages(ApiSession& session, uint16_t selector, int16_t maxEntries
                       uint16_t size, VLMSGINFOEX* records) {
   if (VLRESULT rc = CheckInfoSize(session, size)) return rc;
   if (VLRESULT rc = CheckSelector(session, selector)) return rc;
-  if (!count || (!records && maxEntries > 0)) {
-    ReportNullArgument(&session, count ? "records" : "count");
-    return VL_E_INVALID_PARAM;
-  }
+  if (VLRESULT rc = CheckListOutputs(session, count, records, maxEntries)) return rc;
   if (VLRESULT rc = CheckDirectory(&session, session.serverArea)) {
     ApiReportError(&session, "Error checking %s: 0x%4.4x", session.serverArea,
                    static_cast<unsigned>(static_cast<uint16_t>(rc)));

@@ -26,17 +26,12 @@ namespace {
 
 inline constexpr size_t kMaxPathChars = 268;
 
-VLRESULT Invalid(const ApiSession& session, const char* text) {
-  ApiReportError(&session, "%s", text);
-  return VL_E_INVALID_PARAM;
-}
-
 // The format of a data extension: 1-3 characters and in the table.
 VLRESULT FormatOfExtension(const ApiSession& session, const char* extension, uint16_t* code) {
   const size_t length = extension ? std::strlen(extension) : 0;
-  if (length < 1 || length > 3) return Invalid(session, "Extension name invalid");
+  if (length < 1 || length > 3) return ReportFailure(&session, VL_E_INVALID_PARAM, "Extension name invalid");
   const DataFormat* format = FormatByExtension(extension);
-  if (!format || format->code == 0) return Invalid(session, "Data extension unknown");
+  if (!format || format->code == 0) return ReportFailure(&session, VL_E_INVALID_PARAM, "Data extension unknown");
   *code = format->code;
   return VL_OK;
 }
@@ -90,7 +85,7 @@ VLRESULT CreateControlFile(const ApiSession& session, FILE* submit, FILE* contro
   char body[sizeof info->Body];
   CopyBounded(body, sizeof body, info->Body);
   if (!body[0] || strnlen(info->Body, sizeof info->Body) > 8)
-    return Invalid(session, "Body name invalid");
+    return ReportFailure(&session, VL_E_INVALID_PARAM, "Body name invalid");
   uint16_t format = kFormatAscii;
   if (extension)
     if (VLRESULT rc = FormatOfExtension(session, extension, &format)) return rc;
@@ -147,9 +142,9 @@ VLRESULT CreateCtlFile(ApiSession& session, const CtlFileCall& call) {
                                  : !call.info ? "info" : "extension");
     return VL_E_INVALID_PARAM;
   }
-  if (std::strlen(call.submit) > kMaxPathChars) return Invalid(session, "Submit file name too long");
+  if (std::strlen(call.submit) > kMaxPathChars) return ReportFailure(&session, VL_E_INVALID_PARAM, "Submit file name too long");
   if (std::strlen(call.control) > kMaxPathChars)
-    return Invalid(session, "Control file name too long");
+    return ReportFailure(&session, VL_E_INVALID_PARAM, "Control file name too long");
   para::Opened submit = para::OpenShared(call.submit, "rb");
   if (!submit) {
     ApiReportError(&session, "Unable to open file '%s'", call.submit);
@@ -193,10 +188,10 @@ VLRESULT SendMessage(ApiSession& session, VLHANDLE handle, const char* extension
   uint16_t format = 0;
   if (VLRESULT rc = FormatOfExtension(session, extension, &format)) return rc;
   // Only fields that lie inside the caller's record are looked at.
-  if (strnlen(info->Comment, sizeof info->Comment) > 40) return Invalid(session, "Comment too long");
+  if (strnlen(info->Comment, sizeof info->Comment) > 40) return ReportFailure(&session, VL_E_INVALID_PARAM, "Comment too long");
   if (size >= 260 && strnlen(info->Custom, sizeof info->Custom) > 100)
-    return Invalid(session, "Custom field too long");
-  if (strnlen(info->Subject, sizeof info->Subject) > 60) return Invalid(session, "Subject too long");
+    return ReportFailure(&session, VL_E_INVALID_PARAM, "Custom field too long");
+  if (strnlen(info->Subject, sizeof info->Subject) > 60) return ReportFailure(&session, VL_E_INVALID_PARAM, "Subject too long");
 
   const std::string directory = session.userOutDir;
   for (const std::string& path : {UpperCase(directory + body + ".CTL"),
@@ -284,7 +279,7 @@ VLRESULT SendSubmitFile(ApiSession& session, VLHANDLE handle, const char* submit
     ReportNullArgument(&session, !submitPath ? "submit file" : "body");
     return VL_E_INVALID_PARAM;
   }
-  if (std::strlen(submitPath) > kMaxPathChars) return Invalid(session, "Submit file name too long");
+  if (std::strlen(submitPath) > kMaxPathChars) return ReportFailure(&session, VL_E_INVALID_PARAM, "Submit file name too long");
   para::Opened submit = para::OpenShared(submitPath, "rb");
   if (!submit) {
     ApiReportError(&session, "Unable to open file '%s'", submitPath);
@@ -296,7 +291,7 @@ VLRESULT SendSubmitFile(ApiSession& session, VLHANDLE handle, const char* submit
     return rc;
   }
   if (VLRESULT rc = VlxCheckServer(handle)) return rc;
-  if (!prefix || std::strlen(prefix) != 4) return Invalid(session, "Prefix name must be 4 characters");
+  if (!prefix || std::strlen(prefix) != 4) return ReportFailure(&session, VL_E_INVALID_PARAM, "Prefix name must be 4 characters");
 
   const std::string directory = outDir;
   char created[16] = {};
@@ -355,7 +350,8 @@ VLRESULT SendSubmitFile(ApiSession& session, VLHANDLE handle, const char* submit
 VLRESULT RecordOf(VLHANDLE handle, const char* body, const char* comment, VLMSGINFOEX* info) {
   if (SessionPtr session = SessionFromHandle(handle)) {
     if (CheckBodyLength(*session, body)) return VL_E_INVALID_PARAM;
-    if (comment && std::strlen(comment) > 40) return Invalid(*session, "Comment too long");
+    if (comment && std::strlen(comment) > 40)
+      return ReportFailure(session.get(), VL_E_INVALID_PARAM, "Comment too long");
   }
   std::memset(info, 0, sizeof *info);
   if (body) CopyBounded(info->Body, body);

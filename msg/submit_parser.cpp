@@ -16,11 +16,6 @@ namespace {
 
 inline constexpr size_t kInfoSubjectChars = 60;
 
-VLRESULT FormatError(const ApiSession& session, const char* text) {
-  ApiReportError(&session, "%s", text);
-  return VL_E_SUBMIT_FILE_INVALID;
-}
-
 // The first 20 characters of a line and "..." when it is longer.
 const char* More(const char* line) { return std::strlen(line) > 20 ? "..." : ""; }
 
@@ -145,7 +140,7 @@ VLRESULT FindTextSections(const ApiSession& session, FILE* submit, SubmitMessage
             ApiReportError(&session, "Error reading submit");
             return VL_E_FILE_ERROR;
           }
-          return FormatError(session, kind.nameMissing);
+          return ReportFailure(&session, VL_E_SUBMIT_FILE_INVALID, kind.nameMissing);
         }
         if (para::OpenShared(0, name, "rb")) kind.source->file = name;
         else ApiReportError(&session, "%s", kind.notFound);
@@ -232,9 +227,9 @@ VLRESULT ParseMessageOptions(const ApiSession& session, FILE* submit, MessageOpt
         ApiReportError(&session, "Error reading SUBMIT file");
         return VL_E_FILE_ERROR;
       }
-      return FormatError(session, "To: line missing from SUBMIT file");
+      return ReportFailure(&session, VL_E_SUBMIT_FILE_INVALID, "To: line missing from SUBMIT file");
     }
-    if (line[0] == '%' && line[1] == '%') return FormatError(session, "To: line missing from SUBMIT file");
+    if (line[0] == '%' && line[1] == '%') return ReportFailure(&session, VL_E_SUBMIT_FILE_INVALID, "To: line missing from SUBMIT file");
     if (line[0] == '\0' || line[0] == ';') continue;
     if (para::StartsWithNoCase(line, "To:")) break;
     if (para::StartsWithNoCase(line, "Covertext:") || para::StartsWithNoCase(line, "Note:")) {

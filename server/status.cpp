@@ -259,9 +259,7 @@ VLRESULT ReadNameList(const ApiSession& session, const NameList& list, int16_t m
 }
 
 VLRESULT CheckSize(const ApiSession& session, bool valid, const char* text) {
-  if (valid) return VL_OK;
-  ApiReportError(&session, "%s", text);
-  return VL_E_INVALID_PARAM;
+  return valid ? VL_OK : ReportFailure(&session, VL_E_INVALID_PARAM, text);
 }
 
 VLRESULT GetServerStatus(ApiSession& session, VLHANDLE handle, int16_t blockSize,

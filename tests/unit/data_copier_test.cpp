@@ -6,6 +6,7 @@
 #include "api/session.h"
 #include "msg/data_copier.h"
 #include "tests/support/test_support.h"
+#include "tests/support/user_fixture.h"
 #include "vlapi.h"
 
 namespace {
@@ -104,23 +105,13 @@ TEST_F(DataCopierTest, ErrorsAreReported) {
   EXPECT_EQ(Reported::Texts(), Texts{"Error writing to data file"});
 }
 
-class CreateDataFileTest : public ::testing::Test {
+class CreateDataFileTest : public vltest::JsmithTest {
  protected:
-  void SetUp() override {
-    tree_.AddUser("JSMITH");
-    tree_.UseAsExplicitAreas();
-    handle_ = vltest::LogOn("JSMITH");
-    Reported::Clear();
-  }
-  void TearDown() override { VlxAPIClosedown(handle_); }
   std::string Submit(const std::string& text) const {
     vltest::WriteFile(scratch_.Path("SUBMIT.SUB"), text);
     return scratch_.Path("SUBMIT.SUB");
   }
 
-  vltest::Scratch scratch_;
-  vltest::FaxTree tree_{scratch_};
-  VLHANDLE handle_ = 0;
   std::string data_ = scratch_.Path("MSG1.TXT");
 };
 

@@ -17,6 +17,7 @@
 #include "platform/fault.h"
 #include "platform/os.h"
 #include "tests/support/test_support.h"
+#include "tests/support/user_fixture.h"
 #include "vlapi.h"
 
 namespace {
@@ -34,18 +35,8 @@ std::string Today(const char* time) {
   return text;
 }
 
-class JsmithSession : public ::testing::Test {
+class JsmithSession : public vltest::JsmithTest {
  protected:
-  void SetUp() override {
-    tree_.AddUser("JSMITH");
-    tree_.UseAsExplicitAreas();
-    handle_ = vltest::LogOn("JSMITH");
-    Reported::Clear();
-  }
-  void TearDown() override {
-    os::fault::Clear();
-    VlxAPIClosedown(handle_);
-  }
   // Trace lines of this session.
   Lines Traced(std::initializer_list<const char*> texts) const {
     char field[16];
@@ -54,10 +45,6 @@ class JsmithSession : public ::testing::Test {
     for (const char* text : texts) lines.push_back(field + std::string(text));
     return lines;
   }
-
-  vltest::Scratch scratch_;
-  vltest::FaxTree tree_{scratch_};
-  VLHANDLE handle_ = 0;
 };
 
 class MessageDefaultsTest : public JsmithSession {

@@ -8,6 +8,7 @@
 #include "platform/os.h"
 #include "tests/support/message_files.h"
 #include "tests/support/test_support.h"
+#include "tests/support/user_fixture.h"
 #include "vlapi.h"
 
 namespace {
@@ -17,18 +18,8 @@ using vltest::ListEntry;
 using vltest::Reported;
 using vltest::Scratch;
 
-class MsgDirTest : public ::testing::Test {
+class MsgDirTest : public vltest::JsmithTest {
  protected:
-  void SetUp() override {
-    tree_.AddUser("JSMITH");
-    tree_.UseAsExplicitAreas();
-    handle_ = vltest::LogOn("JSMITH");
-    Reported::Clear();
-  }
-  void TearDown() override { VlxAPIClosedown(handle_); }
-
-  std::string Out() const { return tree_.Users() + "JSMITH\\V-OUT\\"; }
-  std::string In() const { return tree_.Users() + "JSMITH\\V-IN\\"; }
   void WriteList(const std::string& directory, const std::vector<ListEntry>& entries) {
     std::string text = vltest::ListHeader(directory == Out());
     for (const ListEntry& e : entries) text += vltest::ListEntryText(e);
@@ -41,10 +32,6 @@ class MsgDirTest : public ::testing::Test {
         << body << ": " << Reported::Last();
     return info;
   }
-
-  Scratch scratch_;
-  FaxTree tree_{scratch_};
-  VLHANDLE handle_ = 0;
 };
 
 TEST_F(MsgDirTest, EntriesFillTheWholeRecord) {

@@ -10,6 +10,7 @@
 #include "tests/support/message_files.h"
 #include "tests/support/server_stand_in.h"
 #include "tests/support/test_support.h"
+#include "tests/support/user_fixture.h"
 #include "vlapi.h"
 
 namespace {
@@ -19,20 +20,12 @@ using vltest::ListEntry;
 using vltest::Reported;
 using vltest::Scratch;
 
-class MsgDirUpdateTest : public ::testing::Test {
+class MsgDirUpdateTest : public vltest::JsmithTest {
  protected:
   void SetUp() override {
-    tree_.AddUser("JSMITH");
-    tree_.UseAsExplicitAreas();
-    handle_ = vltest::LogOn("JSMITH");
+    JsmithTest::SetUp();
     session_ = vl::SessionFromHandle(handle_).get();
-    Reported::Clear();
   }
-  void TearDown() override {
-    os::fault::Clear();
-    VlxAPIClosedown(handle_);
-  }
-  std::string Out() const { return tree_.Users() + "JSMITH\\V-OUT\\"; }
   std::string List() const { return Out() + "MSGDIR.CTL"; }
   static std::string Entries(const std::vector<ListEntry>& entries) {
     std::string text = vltest::ListHeader();
@@ -40,9 +33,6 @@ class MsgDirUpdateTest : public ::testing::Test {
     return text;
   }
 
-  Scratch scratch_;
-  FaxTree tree_{scratch_};
-  VLHANDLE handle_ = 0;
   const vl::ApiSession* session_ = nullptr;
 };
 
