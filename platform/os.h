@@ -129,4 +129,10 @@ int64_t SecondsSince1970();
 uint32_t ProcessId();
 uint32_t ThreadId();
 
+void SleepMilliseconds(int milliseconds);
+// The absolute form of a path.
+std::string FullPath(const char* path);
+// The full path of the running program.
+std::string ExecutablePath();
+
 }  // namespace os

@@ -346,4 +346,20 @@ uint32_t ThreadId() {
   return static_cast<uint32_t>(std::hash<std::thread::id>()(std::this_thread::get_id()));
 }
 
+void SleepMilliseconds(int milliseconds) {
+  std::this_thread::sleep_for(std::chrono::milliseconds(milliseconds));
+}
+
+std::string FullPath(const char* path) {
+  if (path[0] == '/' || path[0] == '\\') return path;
+  char cwd[4096];
+  return getcwd(cwd, sizeof cwd) ? std::string(cwd) + "/" + path : std::string(path);
+}
+
+std::string ExecutablePath() {
+  char path[4096];
+  ssize_t length = readlink("/proc/self/exe", path, sizeof path - 1);
+  return length > 0 ? std::string(path, static_cast<size_t>(length)) : std::string();
+}
+
 }  // namespace os

@@ -356,4 +356,18 @@ int64_t SecondsSince1970() {
 uint32_t ProcessId() { return GetCurrentProcessId(); }
 uint32_t ThreadId() { return GetCurrentThreadId(); }
 
+void SleepMilliseconds(int milliseconds) { Sleep(static_cast<DWORD>(milliseconds)); }
+
+std::string FullPath(const char* path) {
+  char full[MAX_PATH + 1];
+  DWORD length = GetFullPathNameA(path, sizeof full, full, nullptr);
+  return length > 0 && length < sizeof full ? std::string(full, length) : std::string(path);
+}
+
+std::string ExecutablePath() {
+  char path[MAX_PATH + 1];
+  DWORD length = GetModuleFileNameA(nullptr, path, sizeof path);
+  return length > 0 && length < sizeof path ? std::string(path, length) : std::string();
+}
+
 }  // namespace os

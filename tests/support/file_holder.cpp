@@ -6,18 +6,9 @@
 #include <windows.h>
 
 #include "platform/win32/raii_win.h"
+#include "tests/support/child_process.h"
 
 namespace vltest {
-namespace {
-
-std::string HelperPath() {
-  char module[MAX_PATH];
-  DWORD length = GetModuleFileNameA(nullptr, module, sizeof module);
-  std::string path(module, length);
-  return path.substr(0, path.find_last_of('\\') + 1) + "file_holder.exe";
-}
-
-}  // namespace
 
 FileHolder::FileHolder(const std::string& path, const std::string& mode) {
   SECURITY_ATTRIBUTES inherit = {sizeof inherit, nullptr, TRUE};
@@ -32,7 +23,7 @@ FileHolder::FileHolder(const std::string& path, const std::string& mode) {
   SetHandleInformation(fromChild, HANDLE_FLAG_INHERIT, 0);
   input_ = toChild;
 
-  std::string line = "\"" + HelperPath() + "\" \"" + path + "\" " + mode;
+  std::string line = "\"" + ProgramBeside("file_holder.exe") + "\" \"" + path + "\" " + mode;
   STARTUPINFOA startup = {};
   startup.cb = sizeof startup;
   startup.dwFlags = STARTF_USESTDHANDLES;

@@ -12,6 +12,7 @@
 #include "api/config.h"
 #include "api/process_state.h"
 #include "platform/os.h"
+#include "tests/support/message_files.h"
 
 namespace fs = std::filesystem;
 
@@ -110,6 +111,12 @@ FaxTree::FaxTree(const Scratch& scratch) : root_(scratch.Dir()) {
 
 void FaxTree::AddUser(const std::string& name) const {
   for (const char* sub : {"V-DB", "V-OUT", "V-IN"}) MakeDirectories(Users() + name + "\\" + sub);
+}
+
+void FaxTree::PrepareSender(const std::string& name) const {
+  for (const std::string& file : {System() + "V-DB\\USER.INI", Users() + name + "\\V-DB\\USER.INI"})
+    WriteFile(file, "[OPTIONS]\r\n");
+  WriteFile(Users() + name + "\\V-OUT\\MSGDIR.CTL", ListHeader());
 }
 
 void FaxTree::UseAsRelativeAreas() {

@@ -55,6 +55,9 @@ class FaxTree {
   std::string Request() const { return root_ + "REQUEST\\"; }
   // Creates USERS\name\ with V-DB, V-OUT and V-IN.
   void AddUser(const std::string& name) const;
+  // What a submission of the user needs besides: empty system and user
+  // defaults files and an empty out list.
+  void PrepareSender(const std::string& name) const;
   // Makes these the process's explicit areas.
   void UseAsExplicitAreas() const;
   // Makes the scratch directory the working directory and the areas the

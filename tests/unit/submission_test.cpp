@@ -31,10 +31,7 @@ class SubmissionTest : public ::testing::Test {
   void SetUp() override {
     tree_.AddUser("JSMITH");
     tree_.UseAsRelativeAreas();
-    for (const std::string& file : {tree_.System() + "V-DB\\USER.INI",
-                                    tree_.Users() + "JSMITH\\V-DB\\USER.INI"})
-      vltest::WriteFile(file, "[OPTIONS]\r\n");
-    vltest::WriteFile(Out() + "MSGDIR.CTL", vltest::ListHeader());
+    tree_.PrepareSender("JSMITH");
     handle_ = vltest::LogOn("JSMITH");
     Reported::Clear();
   }

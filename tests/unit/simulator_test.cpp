@@ -1,0 +1,293 @@
+// The fax server simulator driven step by step in-process: what a client
+// of the library sees of each request it hands over.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "api/process_state.h"
+#include "api/vlapi_internal.h"
+#include "msg/addressees.h"
+#include "platform/os.h"
+#include "tests/support/message_files.h"
+#include "tests/support/test_support.h"
+#include "tools/vlsim/server_lock.h"
+#include "tools/vlsim/simulator.h"
+#include "vlapi.h"
+
+namespace {
+
+using vltest::Lines;
+using vltest::Reported;
+
+class SimulatorTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    tree_.AddUser("JSMITH");
+    tree_.UseAsRelativeAreas();
+    tree_.PrepareSender("JSMITH");
+    vltest::MakeDirectories(tree_.System() + "V-COVER");
+    vltest::MakeDirectories(tree_.System() + "V-LETTER");
+    vltest::WriteFile(tree_.System() + "V-COVER\\STANDARD.CVR", "cover");
+    vltest::WriteFile(tree_.System() + "V-COVER\\URGENTLONGNAME.CVR", "cover");
+#ifdef _WIN32
+    // Held by this process: the library sees the server running all the same.
+    ASSERT_EQ(lock_.Acquire(), 0);
+#else
+    vl::Process().checkServerDisabled = 1;  // sharing modes are not enforced here
+#endif
+    handle_ = vltest::LogOn("JSMITH");
+    Reported::Clear();
+  }
+  void TearDown() override {
+    vl::Process().checkServerDisabled = 0;
+    VlxAPIClosedown(handle_);
+  }
+
+  std::string Out() const { return tree_.Users() + "JSMITH\\V-OUT\\"; }
+  std::string In() const { return tree_.Users() + "JSMITH\\V-IN\\"; }
+
+  // Submits a fax to the given numbers; returns its body name.
+  std::string Submit(const std::vector<std::string>& numbers, const char* options = "") {
+    std::string text = std::string("%%[MESSAGE]\r\nSubject: Figures\r\n") + options;
+    for (size_t i = 0; i < numbers.size(); ++i)
+      text += "To: Person " + std::to_string(i + 1) + "\r\nFax: " + numbers[i] + "\r\n";
+    text += "%%[TEXT]\r\nQ1 1200\r\n";
+    vltest::WriteFile(scratch_.Path("SUBMIT.TXT"), text);
+    char body[9] = {};
+    EXPECT_EQ(VlxSendSubmitFile(handle_, scratch_.Path("SUBMIT.TXT").c_str(), "FAXA", body),
+              VL_OK)
+        << Reported::Last();
+    return body;
+  }
+  VLMSGINFOEX Info(const std::string& body, uint16_t directory = 1) {
+    VLMSGINFOEX info{};
+    EXPECT_EQ(VlxGetMsgInfoEx(handle_, directory, body.c_str(), sizeof info, &info), VL_OK);
+    return info;
+  }
+  std::vector<VLMSGHISTORYEX> History(const std::string& body) {
+    std::vector<VLMSGHISTORYEX> events(16);
+    uint16_t count = 0;
+    EXPECT_EQ(VlxGetMsgHistoryEx(handle_, 1, body.c_str(), 0, 1, 16, &count,
+                                 sizeof(VLMSGHISTORYEX), events.data()),
+              VL_OK);
+    events.resize(count);
+    return events;
+  }
+  std::vector<uint16_t> AddresseeStates(const std::string& body) {
+    std::vector<MsgAddresseeRecord> records(8);
+    uint16_t count = 0;
+    EXPECT_EQ(VlxGetMsgAddrs(handle_, 1, body.c_str(), 8, &count, records.data()), VL_OK);
+    std::vector<uint16_t> states;
+    for (uint16_t i = 0; i < count; ++i) states.push_back(records[i].status);
+    return states;
+  }
+  std::vector<std::string> Requests() {
+    std::vector<std::string> names;
+    for (const std::string& name : vltest::ListDirectory(tree_.Request()))
+      if (name != "VELOMAR.LOK") names.push_back(name);
+    return names;
+  }
+
+  vltest::Scratch scratch_;
+  vltest::FaxTree tree_{scratch_};
+  vlsim::Settings settings_{{"USERS\\", "REQUEST\\", "SYSTEM\\", "SERVER\\"}, 1, 0, 1,
+                            {"0999"}, {"PARIS"}, ""};
+  std::vector<std::string> log_;
+  vlsim::Simulator sim_{settings_, [this](const std::string& line) { log_.push_back(line); }};
+  vlsim::ServerLock lock_{"REQUEST\\"};
+  VLHANDLE handle_ = 0;
+};
+
+TEST_F(SimulatorTest, AFaxGoesThroughWaitingAndSendingToOkWithItsHistory) {
+  const std::string body = Submit({"0101", "0102"});
+  EXPECT_EQ(Info(body).Status, 1);
+  EXPECT_EQ(Info(body).AcceptedYear, 0);
+
+  EXPECT_EQ(sim_.TakeRequests(), 1);
+  EXPECT_TRUE(Requests().empty());
+  VLMSGINFOEX info = Info(body);
+  EXPECT_EQ(info.Status, 4);
+  EXPECT_GE(info.AcceptedYear, 2026);
+  EXPECT_EQ(info.UserStatus, 2);  // the server leaves the user's status alone
+
+  // One step takes the device and tries the first addressee, the next
+  // finishes it and tries the second, the last completes the message.
+  const uint16_t expected[] = {8, 8, 30};
+  for (uint16_t status : expected) {
+    EXPECT_EQ(sim_.Step(false), 1);
+    EXPECT_EQ(Info(body).Status, status);
+  }
+  EXPECT_EQ(sim_.Step(false), 0);
+  EXPECT_TRUE(sim_.Idle());
+
+  std::vector<VLMSGHISTORYEX> events = History(body);
+  ASSERT_EQ(events.size(), 4u);
+  const uint16_t kinds[] = {7, 1, 7, 1};
+  const uint16_t addressees[] = {1, 1, 2, 2};
+  for (size_t i = 0; i < 4; ++i) {
+    SCOPED_TRACE(i);
+    EXPECT_EQ(events[i].Event, kinds[i]);
+    EXPECT_EQ(events[i].Addressee, addressees[i]);
+    EXPECT_EQ(events[i].Route, 100);  // FAX-ANY
+    EXPECT_STREQ(events[i].RouteParams, i < 2 ? "0101" : "0102");
+    EXPECT_STREQ(events[i].Device, "FAX1");
+    EXPECT_STREQ(events[i].AddresseeText, i < 2 ? "Person 1" : "Person 2");
+    EXPECT_EQ(events[i].ErrorCode, 0);
+    EXPECT_GE(events[i].Year, 2026);
+  }
+  EXPECT_EQ(events[1].Pages, 1);
+  EXPECT_EQ(events[1].ConnectTime, 10);
+  EXPECT_EQ(AddresseeStates(body), (std::vector<uint16_t>{30, 30}));
+
+  // Only the history's message ID opens the Ex forms' check.
+  const std::string control = vltest::ReadFile(Out() + body + ".CTL");
+  const size_t id = control.find("MessageID: ");
+  ASSERT_NE(id, std::string::npos);
+  const std::string messageId = control.substr(id + 11, control.find('\r', id) - id - 11);
+  EXPECT_EQ(VlxAbortMsgEx(handle_, 1, body.c_str(), "SIM-WRONG"), VL_E_MSG_UNKNOWN);
+  EXPECT_EQ(VlxAbortMsgEx(handle_, 1, body.c_str(), messageId.c_str()), VL_OK);
+  EXPECT_EQ(sim_.TakeRequests(), 1);  // too late: the message is complete
+  EXPECT_EQ(Info(body).Status, 30);
+  EXPECT_NE(control.find("Status: OK\r\n"), std::string::npos);
+  EXPECT_NE(control.find("Accepted: 2"), std::string::npos);
+}
+
+TEST_F(SimulatorTest, AFailingNumberEndsTheMessageFailedAfterTheOthersAreSent) {
+  const std::string body = Submit({"0999", "0102"});
+  sim_.TakeRequests();
+  while (sim_.Step(false) > 0) {
+  }
+  EXPECT_EQ(Info(body).Status, 31);
+  std::vector<VLMSGHISTORYEX> events = History(body);
+  ASSERT_EQ(events.size(), 4u);
+  EXPECT_EQ(events[1].Event, 4);  // SentEr
+  EXPECT_EQ(events[1].ErrorCode, 0x31);
+  EXPECT_EQ(events[1].Pages, 0);
+  EXPECT_EQ(events[3].Event, 1);
+  EXPECT_EQ(AddresseeStates(body), (std::vector<uint16_t>{31, 30}));
+  // Once complete, the client may remove it.
+  EXPECT_EQ(VlxDeleteMsg(handle_, 1, body.c_str(), 1), VL_OK);
+  EXPECT_EQ(vltest::ListDirectory(Out()), (std::vector<std::string>{"MSGDIR.CTL"}));
+}
+
+TEST_F(SimulatorTest, HoldReleaseRushAndAbortActOnQueuedMessages) {
+  const std::string held = Submit({"0101"}, "Hold: yes\r\n");
+  const std::string first = Submit({"0102"});
+  const std::string second = Submit({"0103"});
+  sim_.TakeRequests();
+  EXPECT_EQ(Info(held).Status, 2);
+  EXPECT_EQ(AddresseeStates(held), (std::vector<uint16_t>{2}));
+
+  // With one device, the rushed message is sent first.
+  EXPECT_EQ(VlxRushMsgEx(handle_, 1, second.c_str(), nullptr), VL_OK);
+  sim_.TakeRequests();
+  sim_.Step(false);
+  EXPECT_EQ(Info(second).Status, 8);
+  EXPECT_EQ(Info(first).Status, 4);
+
+  EXPECT_EQ(VlxAbortMsg(handle_, 1, first.c_str()), VL_OK);
+  EXPECT_EQ(VlxReleaseMsg(handle_, 1, held.c_str()), VL_OK);
+  sim_.TakeRequests();
+  EXPECT_EQ(Info(first).Status, 31);
+  EXPECT_EQ(AddresseeStates(first), (std::vector<uint16_t>{10}));
+  EXPECT_EQ(History(first).at(0).ErrorCode, 0x0A);
+  EXPECT_EQ(Info(held).Status, 4);
+  EXPECT_NE(vltest::ReadFile(Out() + held + ".CTL").find("Hold: NO\r\n"), std::string::npos);
+
+  EXPECT_EQ(VlxHoldMsg(handle_, 1, held.c_str()), VL_OK);
+  sim_.TakeRequests();
+  EXPECT_EQ(Info(held).Status, 2);
+  while (sim_.Step(false) > 0) {
+  }
+  EXPECT_EQ(Info(second).Status, 30);
+  EXPECT_EQ(Info(held).Status, 2);
+  EXPECT_TRUE(sim_.Idle());
+  EXPECT_TRUE(Requests().empty());
+}
+
+TEST_F(SimulatorTest, StatusLogAndListsReadBackThroughTheServerStatus) {
+  const std::string body = Submit({"0101"});
+  Submit({"0102"});
+  sim_.TakeRequests();
+  sim_.Step(false);
+  ASSERT_EQ(sim_.WriteStatus(), 0);
+  ASSERT_EQ(sim_.WriteLists(), 0);
+
+  VLSERVERINFOEX totals;
+  VLDEVICEINFOEX devices[2];
+  VLLINKINFOEX links[2];
+  char covers[4][10], letters[4][10];
+  uint16_t deviceCount = 0, linkCount = 0, coverCount = 0, letterCount = 9;
+  VLSERVERSTATUSEX block{18, &totals, 2, &deviceCount, 44, devices, 2, &linkCount,
+                         38, links, 4, &coverCount, 10, covers[0], 4, &letterCount,
+                         10, letters[0]};
+  ASSERT_EQ(VlxGetServerStatusEx(handle_, 144, &block), VL_OK) << Reported::Last();
+  EXPECT_EQ(totals.Sending, 1);
+  EXPECT_EQ(totals.WaitingDevice, 1);
+  ASSERT_EQ(deviceCount, 1);
+  EXPECT_STREQ(devices[0].Name, "FAX1");
+  EXPECT_EQ(devices[0].Status, 7);
+  EXPECT_STREQ(devices[0].User, "JSMITH");
+  EXPECT_STREQ(devices[0].Message, body.c_str());
+  ASSERT_EQ(linkCount, 1);
+  EXPECT_STREQ(links[0].RemoteServer, "PARIS");
+  EXPECT_EQ(links[0].LinkActive, 1);
+  ASSERT_EQ(coverCount, 2);
+  EXPECT_STREQ(covers[0], "STANDARD");
+  EXPECT_STREQ(covers[1], "URGENTLO");
+  EXPECT_EQ(letterCount, 0);
+}
+
+TEST_F(SimulatorTest, ReceivedFaxesAreListedAndAnAbortRemovesThem) {
+  vltest::WriteFile(In() + "MSGDIR.CTL", vltest::ListHeader(false));
+  const std::string body = sim_.Deliver("jsmith", "Order 17");
+  ASSERT_FALSE(body.empty());
+  VLMSGINFOEX info = Info(body, 2);
+  EXPECT_EQ(info.Status, 30);
+  EXPECT_EQ(info.UserStatus, 2);
+  EXPECT_STREQ(info.Subject, "Order 17");
+  EXPECT_TRUE(vltest::FileExists(In() + body + ".TXT"));
+
+  EXPECT_EQ(VlxAbortMsg(handle_, 2, body.c_str()), VL_OK);
+  sim_.TakeRequests();
+  EXPECT_EQ(vltest::ReadFile(In() + "MSGDIR.CTL"), vltest::ListHeader(false));
+  EXPECT_EQ(vltest::ListDirectory(In()), (std::vector<std::string>{"MSGDIR.CTL"}));
+}
+
+TEST_F(SimulatorTest, StopAndRestartRequestsReachTheSystemManager) {
+  EXPECT_EQ(VlxRestartServer(handle_, 0), VL_OK);
+  sim_.TakeRequests();
+  EXPECT_TRUE(sim_.restartRequested());
+  EXPECT_FALSE(sim_.stopRequested());
+  EXPECT_EQ(VlxStopServer(handle_, 0), VL_OK);
+  sim_.TakeRequests();
+  EXPECT_TRUE(sim_.stopRequested());
+  EXPECT_TRUE(Requests().empty());
+}
+
+TEST_F(SimulatorTest, MalformedRequestsAreTakenAndIgnored) {
+  const std::string body = Submit({"0101"});
+  for (const std::string& name : Requests()) os::RemoveFile((tree_.Request() + name).c_str());
+  const std::string request = "[VELOMAR]\r\nType: Request\r\n\r\n[REQUEST]\r\nServer: QUEUEMAN\r\n";
+  const std::string cases[] = {
+      "",
+      std::string("\0\xff\x01[REQUEST\r\n\0", 10),
+      request + "Type: SEND\r\n",
+      request + "Type: SEND\r\nUser: ..\\..\r\nFile: " + body + ".CTL\r\n",
+      request + "Type: SEND\r\nUser: JSMITH\r\nFile: ..\\X.CTL\r\n",
+      request + "Type: SEND\r\nUser: JSMITH\r\nFile: NOSUCH.CTL\r\n",
+      request + "Type: HOLD\r\nUser: JSMITH\r\nFile: " + body + ".CTL\r\nDirectory: V-OUT\r\n",
+      request + "Type: " + std::string(5000, 'X') + "\r\nUser: JSMITH\r\nFile: " + body + "\r\n",
+  };
+  int n = 0;
+  for (const std::string& text : cases)
+    vltest::WriteFile(tree_.Request() + "~BAD" + std::to_string(n++) + ".CTL", text);
+  EXPECT_EQ(sim_.TakeRequests(), n - 2);  // two have no [REQUEST] paragraph
+  EXPECT_TRUE(Requests().empty());
+  EXPECT_EQ(sim_.Step(false), 0);
+  EXPECT_EQ(Info(body).Status, 1);  // its own request went; nothing else touched it
+}
+
+}  // namespace

@@ -1,0 +1,67 @@
+#include "tools/vlsim/settings.h"
+
+#include <cstdlib>
+
+#include "api/config.h"
+#include "api/session.h"
+#include "tools/vlsim/text_lines.h"
+
+namespace vlsim {
+
+Areas TreeAreas(const std::string& root) {
+  std::string base = root;
+  if (!base.empty() && base.back() != '\\' && base.back() != '/') base += '\\';
+  return {base + "USERS\\", base + "REQUEST\\", base + "SYSTEM\\", base + "SERVER\\"};
+}
+
+int DiscoverAreas(Areas* areas, std::string* why) {
+  static std::string* reason = nullptr;
+  reason = why;
+  vl::ApiSession session;
+  session.magic = vl::kSessionMagic;
+  session.errorCallback = [](const char* text) {
+    if (reason) *reason = text;
+  };
+  int rc = vl::ReadSessionConfig(session);
+  reason = nullptr;
+  if (rc != 0) return rc;
+  *areas = {session.userArea, session.requestArea, session.systemArea, session.serverArea};
+  if (areas->server.empty()) areas->server = areas->system;
+  return 0;
+}
+
+std::vector<std::string> SplitWords(const std::string& text) {
+  std::vector<std::string> words;
+  std::string word;
+  for (char c : text + " ") {
+    if (c == ' ' || c == ',' || c == '\t') {
+      if (!word.empty()) words.push_back(word);
+      word.clear();
+    } else {
+      word += c;
+    }
+  }
+  return words;
+}
+
+void ReadSetupSettings(const std::string& paragraph, Settings* settings) {
+  Lines lines;
+  if (ReadSharedFile(settings->areas.system + "V-DB\\SETUP.INI", &lines) != 0) return;
+  size_t header = FindHeader(lines, paragraph.c_str());
+  if (header == kNone) return;
+  const size_t end = ParagraphEnd(lines, header);
+  auto value = [&](const char* keyword, std::string* out) {
+    size_t at = FindKeyword(lines, header + 1, end, keyword);
+    if (at == kNone) return false;
+    *out = ValueOf(lines[at]);
+    return true;
+  };
+  std::string text;
+  if (value("SimDevices:", &text)) settings->devices = std::atoi(text.c_str());
+  if (value("SimStepDelayMS:", &text)) settings->stepDelayMs = std::atoi(text.c_str());
+  if (value("SimPollMS:", &text)) settings->pollMs = std::atoi(text.c_str());
+  if (value("SimFailNumbers:", &text)) settings->failNumbers = SplitWords(text);
+  if (value("SimLinks:", &text)) settings->links = SplitWords(text);
+}
+
+}  // namespace vlsim
