@@ -68,6 +68,7 @@ struct FileInfo {
   bool readOnly = false;
   int64_t size = 0;
   int64_t modified = 0;  // seconds since 1970
+  int64_t modifiedMs = 0;  // the same in milliseconds, as finely as the file system keeps it
 };
 int GetFileInfo(const char* path, FileInfo* info);
 

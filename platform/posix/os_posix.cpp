@@ -155,6 +155,7 @@ int GetFileInfo(const char* path, FileInfo* info) {
   info->readOnly = (st.st_mode & S_IWUSR) == 0;
   info->size = st.st_size;
   info->modified = st.st_mtime;
+  info->modifiedMs = static_cast<int64_t>(st.st_mtim.tv_sec) * 1000 + st.st_mtim.tv_nsec / 1000000;
   return kOk;
 }
 

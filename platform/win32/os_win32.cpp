@@ -134,6 +134,10 @@ int GetFileInfo(const char* path, FileInfo* info) {
   info->readOnly = (data.dwFileAttributes & FILE_ATTRIBUTE_READONLY) != 0;
   info->size = (static_cast<int64_t>(data.nFileSizeHigh) << 32) | data.nFileSizeLow;
   info->modified = FileTimeToUnixSeconds(data.ftLastWriteTime);
+  ULARGE_INTEGER written;
+  written.LowPart = data.ftLastWriteTime.dwLowDateTime;
+  written.HighPart = data.ftLastWriteTime.dwHighDateTime;
+  info->modifiedMs = static_cast<int64_t>(written.QuadPart / 10000ULL) - 11644473600000LL;
   return kOk;
 }
 

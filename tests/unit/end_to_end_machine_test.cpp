@@ -172,6 +172,23 @@ TEST_F(EndToEndTest, FourClientsSubmitAtOnceWhileTheSimulatorRunsAndAreRefusedWh
   EXPECT_EQ(vltest::ListDirectory(root_ + "\\REQUEST\\"),
             (std::vector<std::string>{"VELOMAR.LOK"}));
 
+  // A restart lets the lock go and takes it again while clients poll it;
+  // work goes on afterwards.
+  ASSERT_EQ(VlxRestartServer(session, 0), VL_OK);
+  const auto restart = std::chrono::steady_clock::now();
+  while (vltest::ReadFile(root_ + "\\SERVER\\VLSIM.LOG").find("Restarting") ==
+             std::string::npos &&
+         SecondsSince(restart) < 30)
+    VlxCheckServer(session);
+  ASSERT_TRUE(WaitForServer(session, VL_OK, 30));
+  char body[9] = {};
+  ASSERT_EQ(VlxSendSubmitFile(session, scratch_.Path("EVEN.SUB").c_str(), "LAST", body), VL_OK);
+  VLMSGINFOEX info{};
+  while (VlxGetMsgInfoEx(session, 1, body, sizeof info, &info) == VL_OK && info.Status != 30 &&
+         SecondsSince(restart) < 60)
+    os::SleepMilliseconds(50);
+  EXPECT_EQ(info.Status, 30);
+
   ASSERT_EQ(VlxStopServer(session, 0), VL_OK);
   EXPECT_TRUE(WaitForServer(session, VL_E_SERVER_NOT_RUNNING, 30));
   std::printf("submitted %d messages in %.1f s (%d busy retries), all final after %.1f s\n",

@@ -49,10 +49,12 @@ class SimulatorTest : public ::testing::Test {
   std::string In() const { return tree_.Users() + "JSMITH\\V-IN\\"; }
 
   // Submits a fax to the given numbers; returns its body name.
-  std::string Submit(const std::vector<std::string>& numbers, const char* options = "") {
+  std::string Submit(const std::vector<std::string>& numbers, const char* options = "",
+                     const char* name = nullptr) {
     std::string text = std::string("%%[MESSAGE]\r\nSubject: Figures\r\n") + options;
     for (size_t i = 0; i < numbers.size(); ++i)
-      text += "To: Person " + std::to_string(i + 1) + "\r\nFax: " + numbers[i] + "\r\n";
+      text += "To: " + (name ? std::string(name) : "Person " + std::to_string(i + 1)) +
+              "\r\nFax: " + numbers[i] + "\r\n";
     text += "%%[TEXT]\r\nQ1 1200\r\n";
     vltest::WriteFile(scratch_.Path("SUBMIT.TXT"), text);
     char body[9] = {};
@@ -199,6 +201,11 @@ TEST_F(SimulatorTest, HoldReleaseRushAndAbortActOnQueuedMessages) {
   EXPECT_EQ(VlxHoldMsg(handle_, 1, held.c_str()), VL_OK);
   sim_.TakeRequests();
   EXPECT_EQ(Info(held).Status, 2);
+  // Requests taken together are carried out in the order they were written.
+  EXPECT_EQ(VlxReleaseMsg(handle_, 1, held.c_str()), VL_OK);
+  EXPECT_EQ(VlxHoldMsg(handle_, 1, held.c_str()), VL_OK);
+  EXPECT_EQ(sim_.TakeRequests(), 2);
+  EXPECT_EQ(Info(held).Status, 2);
   while (sim_.Step(false) > 0) {
   }
   EXPECT_EQ(Info(second).Status, 30);
@@ -267,7 +274,20 @@ TEST_F(SimulatorTest, StopAndRestartRequestsReachTheSystemManager) {
   EXPECT_TRUE(Requests().empty());
 }
 
+TEST_F(SimulatorTest, LongNamesAreCutToTheFieldsOfTheHistory) {
+  const std::string name(250, 'N'), number = "01" + std::string(60, '9');
+  const std::string body = Submit({number}, "", name.c_str());
+  sim_.TakeRequests();
+  sim_.Step(false);
+  std::vector<VLMSGHISTORYEX> events = History(body);
+  ASSERT_EQ(events.size(), 1u);
+  EXPECT_EQ(events[0].AddresseeText, name.substr(0, 70));
+  EXPECT_EQ(events[0].RouteParams, number.substr(0, 40));
+  EXPECT_STREQ(events[0].Device, "FAX1");  // the line kept its last fields
+}
+
 TEST_F(SimulatorTest, MalformedRequestsAreTakenAndIgnored) {
+  vltest::WriteFile(In() + "MSGDIR.CTL", vltest::ListHeader(false));
   const std::string body = Submit({"0101"});
   for (const std::string& name : Requests()) os::RemoveFile((tree_.Request() + name).c_str());
   const std::string request = "[VELOMAR]\r\nType: Request\r\n\r\n[REQUEST]\r\nServer: QUEUEMAN\r\n";
@@ -280,6 +300,9 @@ TEST_F(SimulatorTest, MalformedRequestsAreTakenAndIgnored) {
       request + "Type: SEND\r\nUser: JSMITH\r\nFile: NOSUCH.CTL\r\n",
       request + "Type: HOLD\r\nUser: JSMITH\r\nFile: " + body + ".CTL\r\nDirectory: V-OUT\r\n",
       request + "Type: " + std::string(5000, 'X') + "\r\nUser: JSMITH\r\nFile: " + body + "\r\n",
+      request + "Type: SEND\r\nUser: JSMITH\r\nFile: msgdir.CTL\r\n",
+      request + "Type: DELETE\r\nUser: JSMITH\r\nFile: MSGDIR.CTL\r\nDirectory: V-IN\r\n",
+      request + "Type: SEND\r\nUser: JS\x01TH\r\nFile: " + body + ".CTL\r\n",
   };
   int n = 0;
   for (const std::string& text : cases)
@@ -288,6 +311,14 @@ TEST_F(SimulatorTest, MalformedRequestsAreTakenAndIgnored) {
   EXPECT_TRUE(Requests().empty());
   EXPECT_EQ(sim_.Step(false), 0);
   EXPECT_EQ(Info(body).Status, 1);  // its own request went; nothing else touched it
+  EXPECT_EQ(vltest::ReadFile(In() + "MSGDIR.CTL"), vltest::ListHeader(false));
+
+  // An abort of a message the server does not hold ends it, so that the
+  // client may remove it.
+  EXPECT_EQ(VlxAbortMsg(handle_, 1, body.c_str()), VL_OK);
+  sim_.TakeRequests();
+  EXPECT_EQ(Info(body).Status, 31);
+  EXPECT_EQ(VlxDeleteMsg(handle_, 1, body.c_str(), 1), VL_OK);
 }
 
 }  // namespace

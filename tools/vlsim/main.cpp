@@ -25,7 +25,8 @@ const char kHelp[] =
     "      writes the current user's VLCLIENT.INI naming the tree.\n"
     "\n"
     "  vlsim [--tree DIR] [--step] [--delay MS] [--poll MS] [--devices N]\n"
-    "        [--fail NUMBER,...] [--links NAME,...] [--log FILE] [[PARAGRAPH]]\n"
+    "        [--fail NUMBER,...] [--links NAME,...] [--log FILE] [--deliver USER]\n"
+    "        [[PARAGRAPH]]\n"
     "      Runs the server. It holds REQUEST\\VELOMAR.LOK while it runs, takes the\n"
     "      request files (*.CTL) from the request area and carries them out:\n"
     "        SEND      the message goes Wa (waiting), Se (sending, one step per\n"
@@ -153,14 +154,15 @@ bool ParseOptions(int argc, char** argv, Options* options, std::string* problem)
 }
 
 void ApplyOptions(const Options& options, vlsim::Settings* settings) {
-  if (!options.delay.empty()) settings->stepDelayMs = std::atoi(options.delay.c_str());
-  if (!options.poll.empty()) settings->pollMs = std::atoi(options.poll.c_str());
-  if (!options.devices.empty()) settings->devices = std::atoi(options.devices.c_str());
+  using vlsim::NumberIn;
+  if (!options.delay.empty())
+    settings->stepDelayMs = NumberIn(options.delay, 0, vlsim::kLongestPause, settings->stepDelayMs);
+  if (!options.poll.empty())
+    settings->pollMs = NumberIn(options.poll, 1, vlsim::kLongestPause, settings->pollMs);
+  if (!options.devices.empty())
+    settings->devices = NumberIn(options.devices, 1, vlsim::kMostDevices, settings->devices);
   if (!options.fail.empty()) settings->failNumbers = vlsim::SplitWords(options.fail);
   if (!options.links.empty()) settings->links = vlsim::SplitWords(options.links);
-  if (settings->devices < 1) settings->devices = 1;
-  if (settings->pollMs < 1) settings->pollMs = 1;
-  if (settings->stepDelayMs < 0) settings->stepDelayMs = 0;
 }
 
 // Carries out SHUTDOWN and RESTART requests; false once the server stops.

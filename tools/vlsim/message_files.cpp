@@ -29,7 +29,7 @@ Entry FindEntry(const Lines& lines, const std::string& body) {
     if (file == kNone || !NamesBody(ValueOf(lines[file]), body)) continue;
     Entry entry;
     entry.document = doc;
-    if (end < lines.size() && para::EqualNoCase(lines[end].c_str(), "[MESSAGE]")) {
+    if (end < lines.size() && para::StartsWithNoCase(lines[end].c_str(), "[MESSAGE]")) {
       entry.begin = end;
       entry.end = ParagraphEnd(lines, end);
     }
@@ -123,6 +123,11 @@ int ApplyEntryChanges(const std::string& listPath, const std::vector<EntryChange
     for (const EntryChange& change : changes) {
       Entry entry = FindEntry(lines, change.body);
       if (entry.begin == kNone) continue;
+      if (change.unlessComplete) {
+        size_t status = FindKeyword(lines, entry.begin + 1, entry.end, "Status:");
+        std::string word = status == kNone ? "" : ValueOf(lines[status]);
+        if (para::EqualNoCase(word.c_str(), "OK") || para::EqualNoCase(word.c_str(), "Fa")) continue;
+      }
       if (!change.accepted.empty())
         SetValue(lines, entry.begin + 1, entry.end, "Accepted:", change.accepted);
       entry.end = ParagraphEnd(lines, entry.begin);

@@ -42,6 +42,7 @@ struct EntryChange {
   std::string body;
   std::string status;
   std::string accepted;  // unchanged when empty
+  bool unlessComplete = false;  // leaves an entry whose status is OK or Fa
 };
 // Applies the changes in one rewrite; entries not in the list are skipped.
 int ApplyEntryChanges(const std::string& listPath, const std::vector<EntryChange>& changes);

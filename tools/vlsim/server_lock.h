@@ -3,6 +3,7 @@
 // it runs.
 #pragma once
 
+#include <cstdint>
 #include <string>
 
 #include "platform/raii.h"
@@ -13,12 +14,14 @@ class ServerLock {
  public:
   explicit ServerLock(const std::string& requestArea)
       : path_(requestArea + "VELOMAR.LOK") {}
-  // 0, or the system error number when another server holds it.
+  // 0, or the system error number when another server holds it (after
+  // trying for a few seconds).
   int Acquire();
   void Release() { file_.reset(); }
   bool held() const { return file_.valid(); }
 
  private:
+  static constexpr int16_t kRetrySeconds = 3;
   std::string path_;
   os::UniqueFile file_;
 };

@@ -1,5 +1,6 @@
 #include "tools/vlsim/settings.h"
 
+#include <algorithm>
 #include <cstdlib>
 
 #include "api/config.h"
@@ -30,6 +31,13 @@ int DiscoverAreas(Areas* areas, std::string* why) {
   return 0;
 }
 
+int NumberIn(const std::string& text, int low, int high, int fallback) {
+  char* end = nullptr;
+  long value = std::strtol(text.c_str(), &end, 10);
+  if (end == text.c_str()) return fallback;
+  return static_cast<int>(std::clamp<long>(value, low, high));
+}
+
 std::vector<std::string> SplitWords(const std::string& text) {
   std::vector<std::string> words;
   std::string word;
@@ -57,9 +65,11 @@ void ReadSetupSettings(const std::string& paragraph, Settings* settings) {
     return true;
   };
   std::string text;
-  if (value("SimDevices:", &text)) settings->devices = std::atoi(text.c_str());
-  if (value("SimStepDelayMS:", &text)) settings->stepDelayMs = std::atoi(text.c_str());
-  if (value("SimPollMS:", &text)) settings->pollMs = std::atoi(text.c_str());
+  if (value("SimDevices:", &text))
+    settings->devices = NumberIn(text, 1, kMostDevices, settings->devices);
+  if (value("SimStepDelayMS:", &text))
+    settings->stepDelayMs = NumberIn(text, 0, kLongestPause, settings->stepDelayMs);
+  if (value("SimPollMS:", &text)) settings->pollMs = NumberIn(text, 1, kLongestPause, settings->pollMs);
   if (value("SimFailNumbers:", &text)) settings->failNumbers = SplitWords(text);
   if (value("SimLinks:", &text)) settings->links = SplitWords(text);
 }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <cstring>
 
 #include "api/unique_file.h"
 #include "paragraph/paragraph_reader.h"
@@ -74,16 +75,23 @@ bool ParseRequest(const Lines& lines, Simulator::Request* request) {
   return true;
 }
 
-// A user or body name that stays inside its directory.
+// A user or body name that stays inside its directory and is not the
+// message list's.
 bool IsPlainName(const std::string& name, size_t longest) {
-  return !name.empty() && name.size() <= longest &&
-         name.find_first_of("\\/:*?\"<>|.") == std::string::npos;
+  if (name.empty() || name.size() > longest || name == "MSGDIR") return false;
+  for (unsigned char c : name)
+    if (c <= ' ' || c == 127 || std::strchr("\\/:*?\"<>|.", c)) return false;
+  return true;
 }
+
+// Texts of a history line are cut to the fields the readers keep.
+std::string Cut(const std::string& text, size_t longest) { return text.substr(0, longest); }
 
 }  // namespace
 
 Simulator::Simulator(Settings settings, LogSink log)
     : settings_(std::move(settings)), log_(std::move(log)) {
+  settings_.devices = std::clamp(settings_.devices, 1, kMostDevices);
   for (int i = 0; i < settings_.devices; ++i) {
     Device device;
     device.name = "FAX" + std::to_string(i + 1);
@@ -96,13 +104,12 @@ Simulator::~Simulator() = default;
 int Simulator::TakeRequests() {
   std::vector<std::string> names;
   os::ListFiles((settings_.areas.request + "*.CTL").c_str(), &names);
-  // In the order they came: by time (whole seconds), then by name, which
-  // the clients' name generator counts upwards.
+  // In the order they were written, then by name.
   std::vector<std::pair<int64_t, std::string>> arrivals;
   for (const std::string& name : names) {
     os::FileInfo info;
     os::GetFileInfo((settings_.areas.request + name).c_str(), &info);
-    arrivals.push_back({info.modified, name});
+    arrivals.push_back({info.modifiedMs, name});
   }
   std::sort(arrivals.begin(), arrivals.end());
   std::vector<Request> requests;
@@ -145,8 +152,12 @@ void Simulator::Carry(const Request& request) {
   if (request.type == "DELETE" && request.directory == "V-IN")
     return DeleteReceived(request.user, request.body);
   Message* message = Find(request.user, request.body);
-  if (!message || message->phase == Phase::Done) {
+  if (!message) {
     log_("Ignored " + what + ": no such message in the queue");
+    // A message this server does not hold cannot finish: an abort ends it.
+    if (request.type == "DELETE")
+      pendingEntries_[OutDirectory(request.user) + "MSGDIR.CTL"].push_back(
+          {request.body, "Fa", "", true});
     return;
   }
   log_("Request " + what);
@@ -161,8 +172,13 @@ void Simulator::Carry(const Request& request) {
 
 Simulator::Message* Simulator::Find(const std::string& user, const std::string& body) {
   for (auto& message : messages_)
-    if (message->user == user && message->body == body) return message.get();
+    if (message->user == user && message->body == body && message->phase != Phase::Done)
+      return message.get();
   return nullptr;
+}
+
+std::string Simulator::OutDirectory(const std::string& user) const {
+  return settings_.areas.user + user + "\\V-OUT\\";
 }
 
 std::string Simulator::NewMessageId() {
@@ -173,18 +189,19 @@ std::string Simulator::NewMessageId() {
 }
 
 void Simulator::Accept(const std::string& user, const std::string& body) {
-  if (Message* queued = Find(user, body); queued && queued->phase != Phase::Done) {
+  if (Find(user, body)) {
     log_("Ignored SEND " + user + "\\" + body + ": already in the queue");
     return;
   }
   auto message = std::make_unique<Message>();
   message->user = user;
   message->body = body;
-  message->directory = settings_.areas.user + user + "\\V-OUT\\";
+  message->directory = OutDirectory(user);
   SendOrder order;
   if (int error = ReadSendOrder(message->ControlPath(), &order)) {
-    log_("Ignored SEND " + user + "\\" + body + ": cannot read its control file (error " +
+    log_("Failed SEND " + user + "\\" + body + ": cannot read its control file (error " +
          std::to_string(error) + ")");
+    pendingEntries_[message->ListPath()].push_back({body, "Fa", "", true});
     return;
   }
   message->addressees = order.addressees;
@@ -218,11 +235,13 @@ void Simulator::Update(Message& message, ControlChange& change, const char* stat
 
 void Simulator::FlushEntries() {
   for (auto it = pendingEntries_.begin(); it != pendingEntries_.end();) {
-    if (int error = ApplyEntryChanges(it->first, it->second)) {
+    const int error = ApplyEntryChanges(it->first, it->second);
+    if (error && error != os::kFileNotFound && error != os::kPathNotFound) {
       // Kept for the next round: a client holds the list too long.
       log_("Cannot update " + it->first + " (error " + std::to_string(error) + ")");
       ++it;
     } else {
+      if (error) log_("Dropped the changes of " + it->first + ": the list is gone");
       it = pendingEntries_.erase(it);
     }
   }
@@ -252,7 +271,10 @@ void Simulator::Abort(Message& message) {
 void Simulator::DeleteReceived(const std::string& user, const std::string& body) {
   const std::string directory = settings_.areas.user + user + "\\V-IN\\";
   log_("Request DELETE " + user + "\\V-IN\\" + body);
-  RemoveEntry(directory + "MSGDIR.CTL", body);
+  if (int error = RemoveEntry(directory + "MSGDIR.CTL", body)) {
+    log_("Cannot update " + directory + "MSGDIR.CTL (error " + std::to_string(error) + ")");
+    return;  // the files stay with their entry
+  }
   std::vector<std::string> names;
   os::ListFiles((directory + body + ".*").c_str(), &names);
   for (const std::string& name : names) os::RemoveFile((directory + name).c_str());
@@ -350,8 +372,8 @@ std::string Simulator::HistoryLine(const char* event, const Message& message, si
   char line[512];
   std::snprintf(line, sizeof line, "%s %s, %u, %s, %s, %s, <%X>, %u, 0:00:%.2u, %s, \"\"",
                 event, TimeStamp().c_str(), static_cast<unsigned>(index + 1),
-                Quoted(addressee.name).c_str(), addressee.route.c_str(),
-                Quoted(addressee.number).c_str(), error, sent ? 1u : 0u,
+                Quoted(Cut(addressee.name, 70)).c_str(), Cut(addressee.route, 20).c_str(),
+                Quoted(Cut(addressee.number, 40)).c_str(), error, sent ? 1u : 0u,
                 sent ? static_cast<unsigned>(10 + index % 50) : 0u, Quoted(device).c_str());
   return line;
 }
@@ -445,6 +467,8 @@ std::string Simulator::Deliver(const std::string& user, const std::string& subje
   if (!error) error = AppendEntry(directory + "MSGDIR.CTL", "ReceiveDir", document);
   if (error) {
     log_("Cannot deliver to " + directory + " (error " + std::to_string(error) + ")");
+    for (const char* extension : {".CTL", ".TXT"})
+      os::RemoveFile((directory + body + extension).c_str());
     return "";
   }
   log_("Delivered " + Upper(user) + "\\V-IN\\" + body);

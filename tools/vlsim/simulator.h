@@ -65,7 +65,9 @@ class Simulator {
                           uint16_t error, bool sent) const;
   void Update(Message& message, ControlChange& change, const char* status);
   void FlushEntries();
+  // The queued message, not yet complete, or none.
   Message* Find(const std::string& user, const std::string& body);
+  std::string OutDirectory(const std::string& user) const;
   std::string NewMessageId();
 
   Settings settings_;

@@ -49,7 +49,7 @@ std::string JoinLines(const Lines& lines) {
 
 size_t FindHeader(const Lines& lines, const char* header, size_t from) {
   for (size_t i = from; i < lines.size(); ++i)
-    if (para::EqualNoCase(lines[i].c_str(), header)) return i;
+    if (para::StartsWithNoCase(lines[i].c_str(), header)) return i;
   return kNone;
 }
 
@@ -67,7 +67,9 @@ size_t FindKeyword(const Lines& lines, size_t begin, size_t end, const char* key
 
 std::string ValueOf(const std::string& line) {
   const char* value = para::ValueOf(line.c_str());
-  return value ? value : "";
+  std::string text = value ? value : "";
+  while (!text.empty() && (text.back() == ' ' || text.back() == '\t')) text.pop_back();
+  return text;
 }
 
 size_t SetValue(Lines& lines, size_t begin, size_t end, const char* keyword,

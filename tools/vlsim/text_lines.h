@@ -19,14 +19,16 @@ std::string JoinLines(const Lines& lines);
 
 inline constexpr size_t kNone = static_cast<size_t>(-1);
 
-// Line ranges of paragraphs: a paragraph runs from its header line to the
-// next header or the end.
+// Line ranges of paragraphs: a paragraph runs from its header line (one that
+// begins with the header, as the library's readers find it) to the next
+// header or the end.
 size_t FindHeader(const Lines& lines, const char* header, size_t from = 0);
 size_t ParagraphEnd(const Lines& lines, size_t header);
 // The first line in [begin, end) that begins with keyword (without regard
 // to case), or kNone.
 size_t FindKeyword(const Lines& lines, size_t begin, size_t end, const char* keyword);
-// The value of a line: after the first ':' or '=', blanks skipped.
+// The value of a line: after the first ':' or '=', blanks skipped, without
+// trailing blanks.
 std::string ValueOf(const std::string& line);
 // Replaces the first keyword line in [begin, end) by "keyword value", or
 // inserts one at end; returns where the line is.
