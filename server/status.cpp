@@ -78,13 +78,27 @@ VLRESULT OpenForReading(const ApiSession& session, const std::string& path, int1
   return VL_E_FILE_OPEN_ERROR;
 }
 
+// A count of a status record and the keyword that gives it.
+template <typename Record>
+struct Counter {
+  const char* keyword;
+  uint16_t Record::*field;
+};
+
+// Sets the counter whose keyword begins line, if any.
+template <typename Record, size_t N>
+void SetCounter(Record& record, const Counter<Record> (&counters)[N], const char* line,
+                const char* value) {
+  for (const Counter<Record>& counter : counters)
+    if (para::StartsWithNoCase(line, counter.keyword)) {
+      record.*counter.field = para::LeadingDigitsU16(value);
+      return;
+    }
+}
+
 // Reads the nine counts of "[TOTALS]" into the (already cleared) record.
 void ReadTotals(FILE* stream, VLSERVERINFOEX* totals) {
-  struct Field {
-    const char* keyword;
-    uint16_t VLSERVERINFOEX::*count;
-  };
-  static const Field kFields[] = {
+  static const Counter<VLSERVERINFOEX> kFields[] = {
       {"Deferred:", &VLSERVERINFOEX::Deferred},
       {"WaitingResend:", &VLSERVERINFOEX::WaitingResend},
       {"WaitingConvert:", &VLSERVERINFOEX::WaitingConvert},
@@ -98,9 +112,9 @@ void ReadTotals(FILE* stream, VLSERVERINFOEX* totals) {
   char line[para::kLineSize];
   long position = 0;
   if (!para::FindParagraph(stream, "[TOTALS]", line, sizeof line, &position)) return;
-  for (const Field& field : kFields) {
+  for (const Counter<VLSERVERINFOEX>& field : kFields) {
     if (para::FindKeyword(stream, field.keyword, line, sizeof line, position, 0))
-      totals->*field.count = para::LeadingDigitsU16(ValueText(line));
+      totals->*field.field = para::LeadingDigitsU16(ValueText(line));
   }
 }
 
@@ -133,11 +147,7 @@ int ReadRecords(FILE* stream, const char* header, const char* startKeyword, int 
 }
 
 int ReadDevices(FILE* stream, int maximum, VLDEVICEINFOEX* devices) {
-  struct Counter {
-    const char* keyword;
-    uint16_t VLDEVICEINFOEX::*field;
-  };
-  static const Counter kCounters[] = {
+  static const Counter<VLDEVICEINFOEX> kCounters[] = {
       {"TotalPages:", &VLDEVICEINFOEX::TotalPages},
       {"CurrentPage:", &VLDEVICEINFOEX::CurrentPage},
       {"ConnectFails:", &VLDEVICEINFOEX::ConnectFails},
@@ -159,22 +169,14 @@ int ReadDevices(FILE* stream, int maximum, VLDEVICEINFOEX* devices) {
         } else if (para::StartsWithNoCase(line, "Message:")) {
           CopyUpper(device.Message, sizeof device.Message, value);
         } else {
-          for (const Counter& counter : kCounters)
-            if (para::StartsWithNoCase(line, counter.keyword)) {
-              device.*counter.field = para::LeadingDigitsU16(value);
-              break;
-            }
+          SetCounter(device, kCounters, line, value);
         }
       },
       [devices](int slot, const VLDEVICEINFOEX& device) { devices[slot] = device; });
 }
 
 int ReadLinks(FILE* stream, int maximum, VLLINKINFOEX* links) {
-  struct Counter {
-    const char* keyword;
-    uint16_t VLLINKINFOEX::*field;
-  };
-  static const Counter kCounters[] = {
+  static const Counter<VLLINKINFOEX> kCounters[] = {
       {"SentOK:", &VLLINKINFOEX::SentOK},
       {"TimedOut:", &VLLINKINFOEX::TimedOut},
       {"Rejected:", &VLLINKINFOEX::Rejected},
@@ -211,11 +213,7 @@ int ReadLinks(FILE* stream, int maximum, VLLINKINFOEX* links) {
           link.ConnectionStatus =
               para::EqualNoCase(value, "ON") || para::EqualNoCase(value, "OK") ? 1 : 0;
         } else {
-          for (const Counter& counter : kCounters)
-            if (para::StartsWithNoCase(line, counter.keyword)) {
-              link.*counter.field = para::LeadingDigitsU16(value);
-              break;
-            }
+          SetCounter(link, kCounters, line, value);
         }
       },
       [links](int slot, const VLLINKINFOEX& link) { links[slot] = link; });

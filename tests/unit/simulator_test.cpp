@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <regex>
 #include <string>
 #include <vector>
 
@@ -148,6 +149,10 @@ TEST_F(SimulatorTest, AFaxGoesThroughWaitingAndSendingToOkWithItsHistory) {
   const size_t id = control.find("MessageID: ");
   ASSERT_NE(id, std::string::npos);
   const std::string messageId = control.substr(id + 11, control.find('\r', id) - id - 11);
+  EXPECT_TRUE(std::regex_search(
+      control, std::regex("\r\nSentOK: \\d\\d-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d, 1, \"Person 1\", "
+                          "FAX-ANY, \"0101\", <0>, 1, 0:00:10, \"FAX1\", \"\"\r\n")))
+      << control;
   EXPECT_EQ(VlxAbortMsgEx(handle_, 1, body.c_str(), "SIM-WRONG"), VL_E_MSG_UNKNOWN);
   EXPECT_EQ(VlxAbortMsgEx(handle_, 1, body.c_str(), messageId.c_str()), VL_OK);
   EXPECT_EQ(sim_.TakeRequests(), 1);  // too late: the message is complete

@@ -21,7 +21,6 @@ struct Simulator::Message {
   std::string directory;   // the user's out directory
   std::string id;          // "MessageID:" of its history
   std::vector<Addressee> addressees;
-  std::vector<bool> sent;  // per addressee, once tried
   Phase phase = Phase::Waiting;
   size_t next = 0;    // the addressee being sent, or the next one
   int device = -1;    // index into devices_ while sending
@@ -40,7 +39,6 @@ struct Simulator::Device {
 };
 
 struct Simulator::Request {
-  std::string file;  // its name in the request area
   std::string server, type, user, body, directory;
 };
 
@@ -117,7 +115,6 @@ int Simulator::TakeRequests() {
     const std::string path = settings_.areas.request + name;
     Lines lines;
     Request request;
-    request.file = name;
     if (ReadSharedFile(path, &lines) != 0) continue;  // taken next time
     bool parsed = ParseRequest(lines, &request);
     // A request is carried out once: only after its file is gone.
@@ -205,7 +202,6 @@ void Simulator::Accept(const std::string& user, const std::string& body) {
     return;
   }
   message->addressees = order.addressees;
-  message->sent.assign(order.addressees.size(), false);
   message->id = NewMessageId();
   message->phase = order.hold ? Phase::Held : Phase::Waiting;
   message->dueMs = os::WallClockMilliseconds() + settings_.stepDelayMs;
@@ -336,7 +332,6 @@ void Simulator::FinishAddressee(Message& message) {
   const Addressee& addressee = message.addressees[index];
   const bool ok = std::find(settings_.failNumbers.begin(), settings_.failNumbers.end(),
                             addressee.number) == settings_.failNumbers.end();
-  message.sent[index] = true;
   ++message.next;
   ++(ok ? device.sentOk : device.sendFails);
   if (!ok) message.failed = true;
