@@ -35,6 +35,14 @@ bool ReferencedInList(FILE* list, const std::string& stem) {
   return false;
 }
 
+// The generated name is written into lists and request files: every
+// character must stand there unchanged.
+bool AllNameCharacters(const char* text) {
+  for (; *text; ++text)
+    if (!para::IsNameCharacter(static_cast<unsigned char>(*text))) return false;
+  return true;
+}
+
 VLRESULT ReportGeneratorResult(const ApiSession& session, UniqueFileResult result) {
   if (result == UniqueFileResult::Created) return VL_OK;
   struct Outcome {
@@ -68,8 +76,12 @@ VLRESULT CheckAutoFileArguments(const ApiSession& session, const char* prefix,
     ApiReportError(&session, "Prefix name must be 4 characters");
     return VL_E_INVALID_PARAM;
   }
+  if (!AllNameCharacters(prefix)) {
+    ApiReportError(&session, "Prefix name invalid");
+    return VL_E_INVALID_PARAM;
+  }
   const size_t extensionLength = std::strlen(extension);
-  if (extensionLength < 1 || extensionLength > 3) {
+  if (extensionLength < 1 || extensionLength > 3 || !AllNameCharacters(extension)) {
     ApiReportError(&session, "Extension name invalid");
     return VL_E_INVALID_PARAM;
   }

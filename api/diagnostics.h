@@ -6,7 +6,11 @@
 
 #include "api/session.h"
 
+#ifdef __clang__
+#define VL_PRINTF(fmt, args) __attribute__((format(printf, fmt, args)))
+#else
 #define VL_PRINTF(fmt, args) __attribute__((format(gnu_printf, fmt, args)))
+#endif
 
 namespace vl {
 

@@ -10,6 +10,7 @@
 #include "api/diagnostics.h"
 #include "api/text.h"
 #include "api/vlapi_internal.h"
+#include "msg/body_name.h"
 #include "msg/msg_dir.h"
 #include "paragraph/paragraph_reader.h"
 #include "platform/os.h"
@@ -155,7 +156,7 @@ VLRESULT CheckControlFileBody(const ApiSession& session, const char* body) {
     ReportNullArgument(&session, "body");
     return VL_E_INVALID_PARAM;
   }
-  if (VLRESULT rc = CheckBodyLength(session, body)) return rc;
+  if (VLRESULT rc = CheckBodyName(session, body)) return rc;
   return CheckNotReserved(session, body);
 }
 

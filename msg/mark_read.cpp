@@ -6,6 +6,7 @@
 
 #include "api/call_frame.h"
 #include "api/diagnostics.h"
+#include "msg/body_name.h"
 #include "msg/msg_dir.h"
 #include "paragraph/open_shared.h"
 #include "paragraph/paragraph_reader.h"
@@ -13,36 +14,34 @@
 namespace vl {
 namespace {
 
-// Finds the entry and the position of its "UserStatus:" line.
-VLRESULT FindUserStatusLine(const ApiSession& session, FILE* list, const char* body,
-                            const std::string& path, long* lineStart) {
-  char line[para::kLineSize];
-  char file[para::kLineSize];
-  long position = 0;
+// Reads the whole list as the listing does, so that a list that does not
+// read is never written, and finds the "UserStatus:" line of the first
+// entry whose "File:" value begins with body (so MSG1 also matches an entry
+// MSG10.TXT). 0, the reader's code, or 0xF70A when no entry matches.
+VLRESULT FindUserStatusLine(const ApiSession& session, uint16_t selector, FILE* list,
+                            const char* body, long* lineStart) {
+  MsgDirReader reader(list);
+  VLMSGINFOEX info;
   bool found = false;
-  while (!found && para::FindParagraph(list, "[DOCUMENT]", line, sizeof line, &position)) {
-    if (!para::ReadText(list, "File:", file, sizeof file, position)) {
-      ApiTrace(&session, "'[DOCUMENT]' paragraph found missing 'File:' field - ignore");
-      continue;
+  for (;;) {
+    VLRESULT rc = MsgDirReadEntry(session, selector, reader, nullptr, nullptr, kFullInfoSize, &info);
+    if (rc == VL_E_MSG_UNKNOWN) break;
+    if (rc) return rc;
+    if (!found && para::StartsWithNoCase(reader.document.Value(MsgDirReader::kFile), body)) {
+      found = true;
+      *lineStart = reader.message.LineStart(MsgDirReader::kUserStatus);
     }
-    found = para::StartsWithNoCase(file, body);
   }
-  if (!found) return VL_E_FILE_ERROR;
-  if (!para::FindParagraph(list, "[MESSAGE]", line, sizeof line)) {
-    ApiTrace(&session, "No '[MESSAGE]' parargraph found after '[DOCUMENT]' paragraph in file '%s'",
-             path.c_str());
-    return VL_E_INFO_FILE_INVALID;
-  }
-  while (para::ReadLine(list, line, sizeof line, lineStart)) {
-    if (para::IsHeader(line)) break;
-    if (para::IsContentLine(line) && para::StartsWithNoCase(line, "UserStatus:")) return VL_OK;
-  }
-  ApiTrace(&session, "No 'UserStatus' line found in '[MESSAGE]' paragraph in file '%s'",
-           path.c_str());
-  return VL_E_INFO_FILE_INVALID;
+  return found ? VL_OK : VL_E_FILE_ERROR;
 }
 
-// Writes "OK" over the value of the line at lineStart.
+// A byte that the line reader turns into a blank or that is one, short of
+// the line's end.
+bool IsBlank(int c) { return c != '\n' && (c == ' ' || !para::KeptInLine(static_cast<unsigned char>(c))); }
+bool IsValueCharacter(int c) { return c != EOF && c != ' ' && para::KeptInLine(static_cast<unsigned char>(c)); }
+
+// Writes "OK" over the two letters of the value of the line at lineStart:
+// past the ':' and exactly the bytes that the line reader treats as blanks.
 VLRESULT OverwriteUserStatus(const ApiSession& session, FILE* list, const std::string& path,
                              long lineStart) {
   if (std::fseek(list, lineStart, SEEK_SET) != 0) {
@@ -50,19 +49,20 @@ VLRESULT OverwriteUserStatus(const ApiSession& session, FILE* list, const std::s
     return VL_E_FILE_ERROR;
   }
   int c;
-  while ((c = std::fgetc(list)) != EOF && c != ':' && c != '\r' && c != '\n') {
+  while ((c = std::fgetc(list)) != EOF && c != ':' && c != '\n') {
   }
   if (c == ':')
-    while ((c = std::fgetc(list)) == ' ' || c == '\t') {
+    while (IsBlank(c = std::fgetc(list)) && c != EOF) {
     }
-  if (c == EOF || c == '\r' || c == '\n') {
+  const long valueStart = std::ftell(list) - 1;
+  if (!IsValueCharacter(c) || !IsValueCharacter(std::fgetc(list))) {
     char line[para::kLineSize];
     std::fseek(list, lineStart, SEEK_SET);
     para::ReadLine(list, line, sizeof line);
     ApiTrace(&session, "Invalid line '%s' found in file '%s'", line, path.c_str());
     return VL_E_INFO_FILE_INVALID;
   }
-  if (std::fseek(list, -1, SEEK_CUR) != 0) {
+  if (std::fseek(list, valueStart, SEEK_SET) != 0) {
     ApiTrace(&session, "File error reading file '%s'", path.c_str());
     return VL_E_FILE_ERROR;
   }
@@ -75,7 +75,7 @@ VLRESULT OverwriteUserStatus(const ApiSession& session, FILE* list, const std::s
 
 VLRESULT MarkAsRead(ApiSession& session, uint16_t selector, const char* body) {
   if (VlxCheckServer(session.handle) != VL_OK) return VL_E_SERVER_NOT_RUNNING;
-  if (VLRESULT rc = CheckBodyLength(session, body)) return rc;
+  if (VLRESULT rc = CheckBodyName(session, body)) return rc;
   if (VLRESULT rc = CheckSelector(session, selector)) return rc;
   if (VLRESULT rc = CheckNotReserved(session, body)) return rc;
   const std::string path = std::string(MessageDirectory(session, selector)) + "MSGDIR.CTL";
@@ -85,7 +85,7 @@ VLRESULT MarkAsRead(ApiSession& session, uint16_t selector, const char* body) {
     return VL_E_INFO_FILE_OPEN_ERROR;
   }
   long lineStart = 0;
-  VLRESULT rc = FindUserStatusLine(session, list.get(), body, path, &lineStart);
+  VLRESULT rc = FindUserStatusLine(session, selector, list.get(), body, &lineStart);
   if (rc == VL_OK) rc = OverwriteUserStatus(session, list.get(), path, lineStart);
   list.file.reset();
   NotifyGroupChange(session, false, session.userName, session.userInDir);

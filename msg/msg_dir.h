@@ -20,18 +20,23 @@ const char* DirectoryWord(uint16_t selector);
 const char* MessageDirectory(const ApiSession& session, uint16_t selector);
 
 // Argument checks shared by the message functions; each reports its text
-// and returns 0xF700, or returns 0.
+// and returns 0xF700, or returns 0. Body names are checked by
+// CheckBodyName (msg/body_name.h).
 VLRESULT CheckSelector(const ApiSession& session, uint16_t selector);
-VLRESULT CheckBodyLength(const ApiSession& session, const char* body);
 VLRESULT CheckNotReserved(const ApiSession& session, const char* body);
 VLRESULT CheckInfoSize(const ApiSession& session, uint16_t size);
 // The count place must be given, and the records too when any are wanted.
 VLRESULT CheckListOutputs(const ApiSession& session, const void* count, const void* records,
                           int maxEntries);
 
+// Whether a cleaned line begins an entry: the line "[DOCUMENT]".
+inline bool IsEntryStart(const char* line) { return para::EqualNoCase(line, "[DOCUMENT]"); }
+
 // Reads the entries of one open list, keeping its buffers between entries.
 struct MsgDirReader {
   explicit MsgDirReader(FILE* list);
+  enum DocumentField { kFile, kComment, kOrganisation };
+  enum MessageField { kAccepted, kType, kStatus, kUserStatus, kSubject, kMsgType, kCustom };
   para::LineCursor cursor;
   para::ParagraphFields document;
   para::ParagraphFields message;

@@ -4,23 +4,20 @@
 
 #include "api/diagnostics.h"
 #include "api/text.h"
+#include "msg/body_name.h"
 #include "msg/msg_dir.h"
 #include "msg/tables.h"
 
 namespace vl {
 namespace {
 
-inline constexpr size_t kMaxBodyChars = 8;
-
 // The body name of a "File:" value: the part before its last '.', which
-// must exist (no '\' or ':' before any '.'), and be 1 to 8 characters.
+// must exist and follow the body name rule.
 bool BodyOfFileValue(const char* value, char (&body)[kMaxBodyChars + 1]) {
   const char* dot = std::strrchr(value, '.');
   if (!dot) return false;
-  const char* separator = std::strpbrk(value, "\\:");
-  if (separator && separator < std::strchr(value, '.')) return false;
   const size_t length = static_cast<size_t>(dot - value);
-  if (length < 1 || length > kMaxBodyChars) return false;
+  if (BodyNameFaultOf(value, length) != BodyNameFault::None) return false;
   std::memcpy(body, value, length);
   body[length] = '\0';
   UpperCase(body);
@@ -71,9 +68,6 @@ void ReadAccepted(const char* value, VLMSGINFOEX& record) {
   }
 }
 
-enum DocumentField { kFile, kComment, kOrganisation };
-enum MessageField { kAccepted, kType, kStatus, kUserStatus, kSubject, kMsgType, kCustom };
-
 }  // namespace
 
 MsgDirReader::MsgDirReader(FILE* list)
@@ -92,13 +86,6 @@ const char* MessageDirectory(const ApiSession& session, uint16_t selector) {
 VLRESULT CheckSelector(const ApiSession& session, uint16_t selector) {
   if (selector == kDirectoryOut || selector == kDirectoryIn) return VL_OK;
   ApiReportError(&session, "Message directory parameter invalid");
-  return VL_E_INVALID_PARAM;
-}
-
-VLRESULT CheckBodyLength(const ApiSession& session, const char* body) {
-  const size_t length = body ? std::strlen(body) : 0;
-  if (length >= 1 && length <= kMaxBodyChars) return VL_OK;
-  ApiReportError(&session, "Body name invalid");
   return VL_E_INVALID_PARAM;
 }
 
@@ -128,12 +115,13 @@ VLRESULT MsgDirReadEntry(const ApiSession& session, uint16_t selector, MsgDirRea
   para::LineCursor& cursor = reader.cursor;
   para::ParagraphFields& document = reader.document;
   para::ParagraphFields& message = reader.message;
+  using R = MsgDirReader;
   char body[kMaxBodyChars + 1];
   for (;;) {
     // Skip to the next entry.
     bool found = false;
     while (cursor.Next())
-      if (para::EqualNoCase(cursor.line(), "[DOCUMENT]")) {
+      if (IsEntryStart(cursor.line())) {
         found = true;
         break;
       }
@@ -143,7 +131,7 @@ VLRESULT MsgDirReadEntry(const ApiSession& session, uint16_t selector, MsgDirRea
     }
     const long start = cursor.start();
     document.Collect(cursor);
-    const char* file = document.Value(kFile);
+    const char* file = document.Value(R::kFile);
     if (!file || !BodyOfFileValue(file, body))
       return ReportFailure(&session, VL_E_INFO_FILE_INVALID, "[DOCUMENT] File: line missing or invalid");
     if (wanted && !para::EqualNoCase(body, wanted)) continue;
@@ -158,49 +146,55 @@ VLRESULT MsgDirReadEntry(const ApiSession& session, uint16_t selector, MsgDirRea
     std::memset(record, 0, full ? kFullInfoSize : size >= 116 ? 116 : size);
     CopyBounded(record->Body, body);
   }
-  const char* comment = document.Value(kComment);
+  const char* comment = document.Value(R::kComment);
   if (!comment) return ReportFailure(&session, VL_E_INFO_FILE_INVALID, "[DOCUMENT] Comment: line missing or invalid");
   if (record) {
     CopyBounded(record->Comment, comment);
     if (full) {
-      const char* organisation = document.Value(kOrganisation);
+      const char* organisation = document.Value(R::kOrganisation);
       CopyBounded(record->Organisation, organisation ? organisation : "");
     }
   }
 
+  // The entry's "[MESSAGE]" paragraph; the next entry's is never taken.
   bool foundMessage = false;
-  while (cursor.Next())
+  while (cursor.Next()) {
+    if (IsEntryStart(cursor.line())) {
+      cursor.Unread();
+      break;
+    }
     if (para::IsHeader(cursor.line()) && para::StartsWithNoCase(cursor.line(), "[MESSAGE]")) {
       foundMessage = true;
       break;
     }
+  }
   if (!foundMessage) return ReportFailure(&session, VL_E_INFO_FILE_INVALID, "[MESSAGE] paragraph missing");
   message.Collect(cursor);
 
-  const char* accepted = message.Value(kAccepted);
+  const char* accepted = message.Value(R::kAccepted);
   if (!accepted) return ReportFailure(&session, VL_E_INFO_FILE_INVALID, "[MESSAGE] Accepted: line missing or invalid");
   if (record && full) ReadAccepted(accepted, *record);
-  const char* type = message.Value(kType);
+  const char* type = message.Value(R::kType);
   if (!type) return ReportFailure(&session, VL_E_INFO_FILE_INVALID, "[MESSAGE] Type: line missing or invalid");
   const bool preview = para::EqualNoCase(type, "PREVIEW");
-  const char* status = message.Value(kStatus);
+  const char* status = message.Value(R::kStatus);
   if (!status || std::strlen(status) != 2)
     return ReportFailure(&session, VL_E_INFO_FILE_INVALID, "[MESSAGE] Status: line missing or invalid");
   if (!record) return VL_OK;
 
   record->Status = MessageStatusOf(status, preview);
   if (size >= 116) {
-    const char* userStatus = message.Value(kUserStatus);
+    const char* userStatus = message.Value(R::kUserStatus);
     if (!userStatus || std::strlen(userStatus) != 2)
       return ReportFailure(&session, VL_E_INFO_FILE_INVALID, "[MESSAGE] UserStatus: line missing or invalid");
     record->UserStatus = UserStatusOf(userStatus);
   }
-  const char* subject = message.Value(kSubject);
+  const char* subject = message.Value(R::kSubject);
   CopyBounded(record->Subject, subject ? subject : "");
   if (!full) return VL_OK;
-  const char* messageType = message.Value(kMsgType);
+  const char* messageType = message.Value(R::kMsgType);
   record->MsgType = messageType ? MessageTypeOf(messageType, 1) : 1;
-  const char* custom = message.Value(kCustom);
+  const char* custom = message.Value(R::kCustom);
   CopyBounded(record->Custom, custom ? custom : "");
   return VL_OK;
 }

@@ -10,6 +10,7 @@
 #include "api/diagnostics.h"
 #include "api/directory_check.h"
 #include "api/text.h"
+#include "msg/body_name.h"
 #include "msg/msg_dir.h"
 #include "paragraph/open_shared.h"
 #include "paragraph/paragraph_reader.h"
@@ -65,7 +66,7 @@ VLRESULT ListMessages(ApiSession& session, uint16_t selector, int16_t maxEntries
 VLRESULT GetMessageInfo(ApiSession& session, uint16_t selector, const char* body, uint16_t size,
                         VLMSGINFOEX* info) {
   if (VLRESULT rc = CheckInfoSize(session, size)) return rc;
-  if (VLRESULT rc = CheckBodyLength(session, body)) return rc;
+  if (VLRESULT rc = CheckBodyName(session, body)) return rc;
   if (VLRESULT rc = CheckSelector(session, selector)) return rc;
   if (!info) {
     ReportNullArgument(&session, "info");
@@ -174,6 +175,8 @@ VLRESULT VLAPI_CALL VlxGetDocuments(VLHANDLE handle, const VLMSGINFOEX* info, ch
           ReportNullArgument(&session, !info ? "info" : !documents ? "documents" : "attachments");
           return VL_E_INVALID_PARAM;
         }
+        if (VLRESULT rc = CheckRecordBody(session, info->Body))
+          return rc;
         for (int i = 0; i < VL_DOCUMENT_SLOTS; ++i)
           documents[i * VL_DOCUMENT_SLOT_SIZE] = attachments[i * VL_DOCUMENT_SLOT_SIZE] = '\0';
         const std::string path = std::string(session.userOutDir) + body + ".CTL";

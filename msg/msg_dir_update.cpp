@@ -3,6 +3,7 @@
 #include <string>
 
 #include "api/diagnostics.h"
+#include "msg/body_name.h"
 #include "msg/msg_dir.h"
 #include "msg/tables.h"
 #include "paragraph/open_shared.h"
@@ -36,46 +37,82 @@ void CopyBytes(FILE* from, FILE* to, long count) {
   }
 }
 
+// Writes a text of an entry line: control bytes become blanks, as the
+// reader sees them, so that no text can end its line or begin another.
+void WriteText(FILE* out, const char* text) {
+  for (; text && *text; ++text) {
+    const auto c = static_cast<unsigned char>(*text);
+    std::fputc(c < 32 || c == 127 ? ' ' : c, out);
+  }
+}
+
 void WriteEntry(FILE* out, const NewEntry& entry) {
   const DataFormat* format = FormatByCode(entry.format);
   const char* comment = entry.comment && *entry.comment ? entry.comment : "(submitted from API)";
+  std::fprintf(out, "\r\n[DOCUMENT]\r\nFile: %s.%s\r\nComment: ", entry.body,
+               format ? format->extension : "");
+  WriteText(out, comment);
+  std::fputs("\r\nOrganisation: ", out);
+  WriteText(out, entry.organisation);
   std::fprintf(out,
-               "\r\n[DOCUMENT]\r\nFile: %s.%s\r\nComment: %s\r\nOrganisation: %s\r\n"
-               "[MESSAGE]\r\nAssocFile:\r\nFormat: %s\r\nAccepted: 00-00-00 00:00:00\r\n"
-               "Type: SEND\r\nStatus: Su\r\nUserStatus: Aw\r\nSubject: %s\r\nMsgType: %s\r\n"
-               "Custom: %s\r\n",
-               entry.body, format ? format->extension : "", comment,
-               entry.organisation ? entry.organisation : "", format ? format->word : "",
-               entry.subject ? entry.subject : "", entry.messageType == 3 ? "SMS" : "FAX",
-               entry.custom ? entry.custom : "");
+               "\r\n[MESSAGE]\r\nAssocFile:\r\nFormat: %s\r\nAccepted: 00-00-00 00:00:00\r\n"
+               "Type: SEND\r\nStatus: Su\r\nUserStatus: Aw\r\nSubject: ",
+               format ? format->word : "");
+  WriteText(out, entry.subject);
+  std::fprintf(out, "\r\nMsgType: %s\r\nCustom: ", entry.messageType == 3 ? "SMS" : "FAX");
+  WriteText(out, entry.custom);
+  std::fputs("\r\n", out);
+}
+
+// Where the entry to remove begins and where the next one begins (or the
+// list ends).
+struct Span {
+  long start = -1;
+  long end = -1;
+};
+
+// Reads every entry as the listing does, so that a list that does not read
+// is never changed, and finds the span of the entry named remove. 0, the
+// reader's code for a malformed list, 0xF70E or 0xF70F.
+VLRESULT ScanList(const ApiSession& session, uint16_t selector, FILE* list, const char* remove,
+                  Span* span) {
+  MsgDirReader reader(list);
+  VLMSGINFOEX info;
+  uint16_t status = 0;
+  for (;;) {
+    long start = -1;
+    VLRESULT rc = MsgDirReadEntry(session, selector, reader, nullptr, &start, kFullInfoSize, &info);
+    if (rc == VL_E_MSG_UNKNOWN) break;
+    if (rc) return rc;
+    if (span->start >= 0 && span->end < 0) span->end = start;
+    if (remove && span->start < 0 && para::EqualNoCase(info.Body, remove)) {
+      span->start = start;
+      status = info.Status;
+    }
+  }
+  if (!remove) return VL_OK;
+  if (span->start < 0) {
+    ApiTrace(&session, "Unknown message for %s", remove);
+    ApiReportError(&session, "Message %s not found", remove);
+    return VL_E_MSG_UNKNOWN;
+  }
+  if (!IsCompletedStatus(status)) {
+    ApiReportError(&session, "Message %s not completed", remove);
+    return VL_E_MSG_NOT_COMPLETED;
+  }
+  if (span->end < 0) span->end = static_cast<long>(os::StreamLength(list));
+  return VL_OK;
 }
 
 // Writes the new list into the work file and copies it back into the list.
 VLRESULT Rewrite(const ApiSession& session, uint16_t selector, const ListFiles& paths, FILE* list,
                  FILE* work, const char* remove, const NewEntry* add) {
-  long removeStart = -1, removeEnd = -1;
-  if (remove) {
-    MsgDirReader reader(list);
-    para::LineCursor& cursor = reader.cursor;
-    VLMSGINFOEX info;
-    if (VLRESULT rc = MsgDirReadEntry(session, selector, reader, remove, &removeStart,
-                                      kFullInfoSize, &info)) {
-      ApiReportError(&session, "Message %s not found", remove);
-      return rc;
-    }
-    if (!IsCompletedStatus(info.Status)) {
-      ApiReportError(&session, "Message %s not completed", remove);
-      return VL_E_MSG_NOT_COMPLETED;
-    }
-    // The entry ends where the next one begins, or at the end of the file.
-    while (removeEnd < 0 && cursor.Next())
-      if (para::EqualNoCase(cursor.line(), "[DOCUMENT]")) removeEnd = cursor.start();
-    if (removeEnd < 0) removeEnd = static_cast<long>(os::StreamLength(list));
-  }
+  Span span;
+  if (VLRESULT rc = ScanList(session, selector, list, remove, &span)) return rc;
   std::rewind(list);
   if (remove) {
-    CopyBytes(list, work, removeStart);
-    std::fseek(list, removeEnd, SEEK_SET);
+    CopyBytes(list, work, span.start);
+    std::fseek(list, span.end, SEEK_SET);
   }
   CopyBytes(list, work, -1);
   if (add && selector == kDirectoryOut) WriteEntry(work, *add);
@@ -94,6 +131,10 @@ VLRESULT Rewrite(const ApiSession& session, uint16_t selector, const ListFiles& 
 
 VLRESULT MsgDirUpdate(const ApiSession& session, uint16_t selector, const char* remove,
                       const NewEntry* add) {
+  if (add) {
+    if (VLRESULT rc = CheckBodyName(session, add->body)) return rc;
+    if (VLRESULT rc = CheckNotReserved(session, add->body)) return rc;
+  }
   const ListFiles paths = PathsOf(session, selector);
   para::Opened list = para::OpenShared(0, paths.list.c_str(), "rb+");
   if (!list) {

@@ -10,6 +10,7 @@
 #include "api/call_frame.h"
 #include "api/diagnostics.h"
 #include "api/text.h"
+#include "msg/body_name.h"
 #include "msg/control_file.h"
 #include "msg/data_copier.h"
 #include "msg/defaults.h"
@@ -84,8 +85,8 @@ VLRESULT CreateControlFile(const ApiSession& session, FILE* submit, FILE* contro
                            VLMSGINFOEX* info) {
   char body[sizeof info->Body];
   CopyBounded(body, sizeof body, info->Body);
-  if (!body[0] || strnlen(info->Body, sizeof info->Body) > 8)
-    return ReportFailure(&session, VL_E_INVALID_PARAM, "Body name invalid");
+  if (VLRESULT rc = CheckRecordBody(session, info->Body))
+    return rc;
   uint16_t format = kFormatAscii;
   if (extension)
     if (VLRESULT rc = FormatOfExtension(session, extension, &format)) return rc;
@@ -182,7 +183,7 @@ VLRESULT SendMessage(ApiSession& session, VLHANDLE handle, const char* extension
   }
   char body[sizeof info->Body];
   CopyBounded(body, sizeof body, info->Body);
-  if (VLRESULT rc = CheckBodyLength(session, strnlen(info->Body, sizeof info->Body) > 8 ? "" : body))
+  if (VLRESULT rc = CheckRecordBody(session, info->Body))
     return rc;
   if (VLRESULT rc = CheckNotReserved(session, body)) return rc;
   uint16_t format = 0;
@@ -349,7 +350,7 @@ VLRESULT SendSubmitFile(ApiSession& session, VLHANDLE handle, const char* submit
 // checked first (with no session, the called function refuses the handle).
 VLRESULT RecordOf(VLHANDLE handle, const char* body, const char* comment, VLMSGINFOEX* info) {
   if (SessionPtr session = SessionFromHandle(handle)) {
-    if (CheckBodyLength(*session, body)) return VL_E_INVALID_PARAM;
+    if (CheckBodyName(*session, body)) return VL_E_INVALID_PARAM;
     if (comment && std::strlen(comment) > 40)
       return ReportFailure(session.get(), VL_E_INVALID_PARAM, "Comment too long");
   }

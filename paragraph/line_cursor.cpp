@@ -59,7 +59,8 @@ bool LineCursor::Next() {
 }
 
 ParagraphFields::ParagraphFields(std::vector<const char*> keywords)
-    : keywords_(std::move(keywords)), values_(keywords_.size()), found_(keywords_.size()) {}
+    : keywords_(std::move(keywords)), values_(keywords_.size()), found_(keywords_.size()),
+      starts_(keywords_.size()) {}
 
 void ParagraphFields::Collect(LineCursor& cursor) {
   std::fill(found_.begin(), found_.end(), false);
@@ -80,6 +81,7 @@ void ParagraphFields::Collect(LineCursor& cursor) {
         for (; value && value[i]; ++i) out[i] = value[i];
         out[i] = '\0';
         found_[k] = true;
+        starts_[k] = cursor.start();
       }
       break;
     }

@@ -53,11 +53,14 @@ class ParagraphFields {
   const char* Value(size_t index) const {
     return found_[index] ? values_[index].data() : nullptr;
   }
+  // Where the line that gave keyword number index begins in the file.
+  long LineStart(size_t index) const { return starts_[index]; }
 
  private:
   std::vector<const char*> keywords_;
   std::vector<std::array<char, kLineSize>> values_;
   std::vector<bool> found_;
+  std::vector<long> starts_;
 };
 
 }  // namespace para

@@ -21,6 +21,12 @@ inline bool Printable(unsigned char c, bool eightBit) {
 void SetEightBitText(bool on) { g_eightBitText = on; }
 bool EightBitText() { return g_eightBitText; }
 
+bool KeptInLine(unsigned char c) { return Printable(c, g_eightBitText); }
+
+bool IsNameCharacter(unsigned char c) {
+  return KeptInLine(c) && std::strchr("\\/:*?\"<>|", c) == nullptr;
+}
+
 bool StartsWithNoCase(const char* text, const char* prefix) {
   for (; *prefix; ++text, ++prefix)
     if (Fold(static_cast<unsigned char>(*text)) != Fold(static_cast<unsigned char>(*prefix)))

@@ -35,6 +35,13 @@ bool ReadLineCounted(FILE* stream, char* buffer, int size, long* consumed);
 // stripped) and terminates it.
 void CleanLine(char* line, int length);
 
+// Whether the line reader keeps byte c as it is: every other byte becomes a
+// blank. Follows the eight-bit switch.
+bool KeptInLine(unsigned char c);
+// Whether c may stand in a file name that a paragraph file records: a byte
+// the line reader keeps, and none of \ / : * ? " < > |.
+bool IsNameCharacter(unsigned char c);
+
 // Kinds of cleaned line.
 inline bool IsHeader(const char* line) { return line[0] == '['; }
 inline bool IsContentLine(const char* line) {

@@ -1,12 +1,14 @@
 #!/usr/bin/env bash
 # Installs what is missing (Debian packages), then configures and builds the
-# Windows DLL with its tests (build/win) and the native sanitizer build of
-# the portable core (build/native), and readies the private Wine prefix.
+# Windows DLL with its tests (build/win), the native sanitizer build of the
+# portable core (build/native) and its fuzz targets (build/fuzz, clang with
+# libFuzzer), and readies the private Wine prefix.
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 
 packages=(wine wine64 wine64-tools g++-mingw-w64-x86-64 mingw-w64-tools
-          binutils-mingw-w64-x86-64 cmake ninja-build googletest g++)
+          binutils-mingw-w64-x86-64 cmake ninja-build googletest g++
+          clang libclang-rt-dev)
 missing=()
 for package in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q "install ok installed" ||
@@ -27,4 +29,7 @@ cmake --build "$root/build/win"
 cmake -S "$root" -B "$root/build/native" -G Ninja -DCMAKE_BUILD_TYPE=Debug \
   -DVLAPI_SANITIZE=ON >/dev/null
 cmake --build "$root/build/native"
+CC=clang CXX=clang++ cmake -S "$root" -B "$root/build/fuzz" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+  -DVLAPI_SANITIZE=ON -DVLAPI_FUZZ=ON >/dev/null
+cmake --build "$root/build/fuzz"
 "$root/scripts/wine-prefix.sh" "$root/build/win/wineprefix"

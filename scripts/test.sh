@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# Sets everything up, then runs all tests: the Windows build under Wine and
-# the native build under AddressSanitizer and UBSan. Ends with one line
+# Sets everything up, then runs all tests: the Windows build under Wine, the
+# native build under AddressSanitizer and UBSan, and the fuzz targets (every
+# seed replayed, then a short bounded run each). Ends with one line
 # "N passed, N failed".
 set -uo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
@@ -10,7 +11,7 @@ passed=0
 failed=0
 skipped=0
 status=0
-for build in win native; do
+for build in win native fuzz; do
   echo "=== tests of build/$build"
   log=$(mktemp)
   (cd "$root/build/$build" && ctest -j2 --output-on-failure) 2>&1 | tee "$log"

@@ -5,6 +5,7 @@
 
 #include "api/call_frame.h"
 #include "api/diagnostics.h"
+#include "msg/body_name.h"
 #include "msg/msg_dir.h"
 #include "msg/tables.h"
 #include "platform/os.h"
@@ -49,7 +50,7 @@ VLRESULT DeleteMessage(ApiSession& session, VLHANDLE handle, uint16_t directory,
                        uint16_t deleteFiles) {
   if (VLRESULT rc = CheckSelector(session, directory)) return rc;
   if (body) {
-    if (VLRESULT rc = CheckBodyLength(session, body)) return rc;
+    if (VLRESULT rc = CheckBodyName(session, body)) return rc;
     if (VLRESULT rc = CheckNotReserved(session, body)) return rc;
     // A message missing from the list may still have files to remove.
     VLRESULT rc = MsgDirUpdate(session, directory, body, nullptr);

@@ -7,6 +7,7 @@
 #include "api/call_frame.h"
 #include "api/diagnostics.h"
 #include "api/text.h"
+#include "msg/body_name.h"
 #include "msg/msg_dir.h"
 #include "paragraph/open_shared.h"
 #include "paragraph/paragraph_reader.h"
@@ -62,7 +63,7 @@ VLRESULT ControlMessage(const MessageRequest& request, VLHANDLE handle, uint16_t
       .Run([&](ApiSession& session) -> VLRESULT {
         // The server is checked before the arguments.
         if (VlxCheckServer(handle) != VL_OK) return VL_E_SERVER_NOT_RUNNING;
-        if (VLRESULT rc = CheckBodyLength(session, body)) return rc;
+        if (VLRESULT rc = CheckBodyName(session, body)) return rc;
         const bool directoryOk =
             directory == kDirectoryOut || (request.anyDirectory && directory == kDirectoryIn);
         if (!directoryOk) {

@@ -148,20 +148,21 @@ TEST_F(MsgDirTest, ListsPlaceRecordsAFullRecordApartAndCountEveryEntry) {
 }
 
 TEST_F(MsgDirTest, AMalformedEntryStopsTheListWithTheCountSoFar) {
-  // An entry without [MESSAGE] takes the next entry's, so that case ends the file.
+  // An entry never takes a paragraph of the next one.
   const struct {
     std::string bad;
     const char* report;
-    bool last = false;
   } cases[] = {
       {"\r\n[DOCUMENT]\r\nComment: c\r\n", "[DOCUMENT] File: line missing or invalid"},
       {"\r\n[DOCUMENT]\r\nFile: NOEXT\r\nComment: c\r\n", "[DOCUMENT] File: line missing or invalid"},
       {"\r\n[DOCUMENT]\r\nFile: .TXT\r\nComment: c\r\n", "[DOCUMENT] File: line missing or invalid"},
       {"\r\n[DOCUMENT]\r\nFile: NINECHARS.TXT\r\n", "[DOCUMENT] File: line missing or invalid"},
       {"\r\n[DOCUMENT]\r\nFile: C:X.TXT\r\n", "[DOCUMENT] File: line missing or invalid"},
+      {"\r\n[DOCUMENT]\r\nFile: A.B:C.TXT\r\n", "[DOCUMENT] File: line missing or invalid"},
+      {"\r\n[DOCUMENT]\r\nFile: A*B.TXT\r\n", "[DOCUMENT] File: line missing or invalid"},
+      {"\r\n[DOCUMENT]\r\nFile: msgdir.TXT\r\n", "[DOCUMENT] File: line missing or invalid"},
       {"\r\n[DOCUMENT]\r\nFile: X.TXT\r\n", "[DOCUMENT] Comment: line missing or invalid"},
-      {"\r\n[DOCUMENT]\r\nFile: X.TXT\r\nComment: c\r\n[OTHER]\r\n", "[MESSAGE] paragraph missing",
-       true},
+      {"\r\n[DOCUMENT]\r\nFile: X.TXT\r\nComment: c\r\n[OTHER]\r\n", "[MESSAGE] paragraph missing"},
       {"\r\n[DOCUMENT]\r\nFile: X.TXT\r\nComment: c\r\n[MESSAGE]\r\nType: SEND\r\n",
        "[MESSAGE] Accepted: line missing or invalid"},
       {"\r\n[DOCUMENT]\r\nFile: X.TXT\r\nComment: c\r\n[MESSAGE]\r\nAccepted: x\r\n",
@@ -176,8 +177,7 @@ TEST_F(MsgDirTest, AMalformedEntryStopsTheListWithTheCountSoFar) {
   for (const auto& c : cases) {
     vltest::WriteFile(Out() + "MSGDIR.CTL", vltest::ListHeader() +
                                                 vltest::ListEntryText(ListEntry{"GOOD.TXT"}) +
-                                                c.bad +
-                                                (c.last ? "" : vltest::ListEntryText(ListEntry{"LAST.TXT"})));
+                                                c.bad + vltest::ListEntryText(ListEntry{"LAST.TXT"}));
     Reported::Clear();
     VLMSGINFOEX records[4];
     int16_t count = -1;

@@ -152,6 +152,73 @@ TEST_F(MsgDirUpdateTest, MarkingAsReadWritesOverTheTwoLettersOnly) {
   EXPECT_EQ(VlxMarkMsgAsRead(handle_, 7, ""), VL_E_SERVER_NOT_RUNNING);  // before the arguments
 }
 
+TEST_F(MsgDirUpdateTest, AListThatDoesNotReadIsNeverChanged) {
+  vltest::ServerStandIn server(tree_.Request());
+  // The first entry has no [MESSAGE]: it must not take the next entry's.
+  const std::string list = vltest::ListHeader() + "\r\n[DOCUMENT]\r\nFile: A.TXT\r\nComment: a\r\n" +
+                           vltest::ListEntryText(kSent);
+  vltest::WriteFile(List(), list);
+  int16_t count = -1;
+  VLMSGINFOEX info;
+  EXPECT_EQ(VlxGetMsgListEx(handle_, VL_DIR_OUT, 1, &count, sizeof info, &info), VL_E_INFO_FILE_INVALID);
+  EXPECT_EQ(count, 0);
+  EXPECT_EQ(VlxGetMsgInfoEx(handle_, VL_DIR_OUT, "B", sizeof info, &info), VL_OK);
+  const vl::NewEntry add{"E", "e", "", 2, 1, "", ""};
+  const struct {
+    const char* call;
+    VLRESULT rc;
+  } calls[] = {
+      {"VlxDeleteMsg", VlxDeleteMsg(handle_, VL_DIR_OUT, "B", 0)},
+      {"MsgDirUpdate", vl::MsgDirUpdate(*session_, VL_DIR_OUT, nullptr, &add)},
+      {"VlxMarkMsgAsRead", VlxMarkMsgAsRead(handle_, VL_DIR_OUT, "B")},
+  };
+  for (const auto& c : calls) EXPECT_EQ(c.rc, VL_E_INFO_FILE_INVALID) << c.call;
+  // The listing, then each call, reports the list's own text.
+  EXPECT_EQ(Reported::Texts(), (std::vector<std::string>{
+                                   "[MESSAGE] paragraph missing", "[MESSAGE] paragraph missing",
+                                   "[MESSAGE] paragraph missing", "[MESSAGE] paragraph missing",
+                                   "Unable to mark message 'B' as read"}));
+  EXPECT_EQ(vltest::ReadFile(List()), list);
+}
+
+TEST_F(MsgDirUpdateTest, MarkingSkipsExactlyTheBytesTheReaderBlanks) {
+  vltest::ServerStandIn server(tree_.Request());
+  const struct {
+    std::string before, after;
+    VLRESULT rc;
+  } cases[] = {
+      {"UserStatus:\x0b" "Aw", "UserStatus:\x0bOK", VL_OK},
+      {"userstatus: \t\x01\r" "Aw  ", "userstatus: \t\x01\rOK  ", VL_OK},
+      {"UserStatus: A", "UserStatus: A", VL_E_INFO_FILE_INVALID},
+      {"UserStatus: \r", "UserStatus: \r", VL_E_INFO_FILE_INVALID},
+  };
+  for (const auto& c : cases) {
+    auto text = [&](const std::string& line) {
+      return vltest::ListHeader() + "\r\n[DOCUMENT]\r\nFile: Q.TXT\r\nComment: q\r\n[MESSAGE]\r\n" +
+             "Accepted: 00-00-00 00:00:00\r\nType: SEND\r\nStatus: OK\r\n" + line + "\n[X]\r\n";
+    };
+    vltest::WriteFile(List(), text(c.before));
+    EXPECT_EQ(VlxMarkMsgAsRead(handle_, VL_DIR_OUT, "Q"), c.rc) << c.before;
+    EXPECT_EQ(vltest::ReadFile(List()), text(c.after));
+  }
+}
+
+TEST_F(MsgDirUpdateTest, EntryTextsCannotBreakTheirLines) {
+  vltest::WriteFile(List(), vltest::ListHeader());
+  const vl::NewEntry add{"E", "c\n", "s\r\n[DOCUMENT]", 2, 1, "\x7fo", "x\ty"};
+  ASSERT_EQ(vl::MsgDirUpdate(*session_, VL_DIR_OUT, nullptr, &add), VL_OK);
+  EXPECT_EQ(vltest::ReadFile(List()),
+            vltest::ListHeader() +
+                "\r\n[DOCUMENT]\r\nFile: E.TXT\r\nComment: c \r\nOrganisation:  o\r\n"
+                "[MESSAGE]\r\nAssocFile:\r\nFormat: ASCII\r\nAccepted: 00-00-00 00:00:00\r\n"
+                "Type: SEND\r\nStatus: Su\r\nUserStatus: Aw\r\nSubject: s  [DOCUMENT]\r\n"
+                "MsgType: FAX\r\nCustom: x y\r\n");
+  int16_t count = -1;
+  VLMSGINFOEX info;
+  EXPECT_EQ(VlxGetMsgListEx(handle_, VL_DIR_OUT, 1, &count, sizeof info, &info), VL_OK);
+  EXPECT_EQ(count, 1);
+}
+
 TEST_F(MsgDirUpdateTest, ChangesAreAnnouncedInTheInDirectory) {
   const std::string inList = tree_.Users() + "JSMITH\\V-IN\\MSGDIR.CTL";
   vltest::WriteFile(inList, vltest::ListHeader(false));

@@ -1,0 +1,51 @@
+#include "msg/body_name.h"
+
+#include <cstring>
+
+#include "api/diagnostics.h"
+#include "paragraph/paragraph_reader.h"
+
+namespace vl {
+namespace {
+
+// The first character that cannot stand in a recorded file name, or none.
+const char* BadCharacter(const char* name, size_t length) {
+  for (size_t i = 0; i < length; ++i) {
+    if (!para::IsNameCharacter(static_cast<unsigned char>(name[i]))) return name + i;
+  }
+  return nullptr;
+}
+
+}  // namespace
+
+BodyNameFault BodyNameFaultOf(const char* name, size_t length) {
+  if (length < 1 || length > kMaxBodyChars) return BodyNameFault::Length;
+  if (BadCharacter(name, length)) return BodyNameFault::Character;
+  if (name[0] == ' ') return BodyNameFault::LeadingBlank;
+  if (length == 6 && para::StartsWithNoCase(name, "MSGDIR")) return BodyNameFault::Reserved;
+  return BodyNameFault::None;
+}
+
+VLRESULT CheckBodyName(const ApiSession& session, const char* body) {
+  const size_t length = body ? std::strlen(body) : 0;
+  switch (BodyNameFaultOf(body, length)) {
+    case BodyNameFault::Length:
+      ApiReportError(&session, "Body name invalid");
+      return VL_E_INVALID_PARAM;
+    case BodyNameFault::Character:
+      ApiReportError(&session, "Body name invalid: character 0x%2.2X not allowed",
+                     static_cast<unsigned char>(*BadCharacter(body, length)));
+      return VL_E_INVALID_PARAM;
+    case BodyNameFault::LeadingBlank:
+      ApiReportError(&session, "Body name invalid: leading blank");
+      return VL_E_INVALID_PARAM;
+    default:
+      return VL_OK;
+  }
+}
+
+VLRESULT CheckRecordBody(const ApiSession& session, const char (&body)[kMaxBodyChars + 1]) {
+  return CheckBodyName(session, strnlen(body, sizeof body) > kMaxBodyChars ? "" : body);
+}
+
+}  // namespace vl

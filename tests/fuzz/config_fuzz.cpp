@@ -1,0 +1,42 @@
+// Log-on and the user's settings under arbitrary configuration files.
+// Input: "user|lock", then, each after a line "====": the configuration
+// file VELOMAR.INI (found in the Windows directory; its areas are relative
+// to the sandbox, as "USERS\"), USERLIST.INI, the system's USER.INI, the
+// user's USER.INI and MAILLIST.INI.
+#include <string>
+#include <vector>
+
+#include "api/config.h"
+#include "api/vlapi_internal.h"
+#include "msg/defaults.h"
+#include "tests/fuzz/fuzz_support.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  vlfuzz::ResetProcess();
+  vl::SetAreas("", "", "", "");  // the areas come from the configuration file
+  const std::vector<std::string> sections = vlfuzz::Sections(data, size, 6);
+  std::string arguments = sections[0];
+  if (!arguments.empty() && arguments.back() == '\n') arguments.pop_back();
+  std::vector<std::string> a = vlfuzz::Fields(arguments);
+  a.resize(2);
+  const vlfuzz::Tree& tree = vlfuzz::TheTree();
+  const std::string db = tree.System() + "V-DB\\";
+  vlfuzz::WriteFile("VELOMAR.INI", sections[1]);
+  vlfuzz::WriteFile(db + "USERLIST.INI", sections[2]);
+  vlfuzz::WriteFile(db + "USER.INI", sections[3]);
+  vlfuzz::WriteFile(tree.Users() + "JSMITH\\V-DB\\USER.INI", sections[4]);
+  vlfuzz::WriteFile(db + "MAILLIST.INI", sections[5]);
+
+  VLHANDLE handle = 0;
+  if (VlxAPIInit(&handle, a[0].c_str(), a[1] == "1", nullptr) != VL_OK) return 0;
+  VLMSGDEFAULTSEX defaults;
+  VlxGetMsgDefaultsEx(handle, sizeof defaults, &defaults);
+  char text[300];
+  VlxGetUserCoversheet(handle, text, sizeof text);
+  VlxGetUserFromname(handle, text, 5);
+  uint16_t kind = 0;
+  vl::GetUserMailAddress(handle, &kind, text, sizeof text);
+  VlxCheckServer(handle);
+  VlxAPIClosedown(handle);
+  return 0;
+}
