@@ -36,10 +36,11 @@ bool ReferencedInList(FILE* list, const std::string& stem) {
 }
 
 // The generated name is written into lists and request files: every
-// character must stand there unchanged.
+// character must stand there unchanged, and its only dot is the one before
+// the extension.
 bool AllNameCharacters(const char* text) {
   for (; *text; ++text)
-    if (!para::IsNameCharacter(static_cast<unsigned char>(*text))) return false;
+    if (!para::IsNameCharacter(static_cast<unsigned char>(*text)) || *text == '.') return false;
   return true;
 }
 

@@ -3,15 +3,18 @@
 #include <cstring>
 
 #include "api/diagnostics.h"
+#include "msg/msg_dir.h"
 #include "paragraph/paragraph_reader.h"
 
 namespace vl {
 namespace {
 
-// The first character that cannot stand in a recorded file name, or none.
+// The first character that cannot stand in a recorded file name, or a dot,
+// or none.
 const char* BadCharacter(const char* name, size_t length) {
   for (size_t i = 0; i < length; ++i) {
-    if (!para::IsNameCharacter(static_cast<unsigned char>(name[i]))) return name + i;
+    if (!para::IsNameCharacter(static_cast<unsigned char>(name[i])) || name[i] == '.')
+      return name + i;
   }
   return nullptr;
 }
@@ -45,7 +48,16 @@ VLRESULT CheckBodyName(const ApiSession& session, const char* body) {
 }
 
 VLRESULT CheckRecordBody(const ApiSession& session, const char (&body)[kMaxBodyChars + 1]) {
-  return CheckBodyName(session, strnlen(body, sizeof body) > kMaxBodyChars ? "" : body);
+  const char* name = strnlen(body, sizeof body) > kMaxBodyChars ? "" : body;
+  if (VLRESULT rc = CheckBodyName(session, name)) return rc;
+  return CheckNotReserved(session, name);
+}
+
+bool NamesListFile(const char* path) {
+  const char* name = path;
+  for (const char* p = path; *p; ++p)
+    if (*p == '\\' || *p == '/' || *p == ':') name = p + 1;
+  return para::EqualNoCase(name, "MSGDIR.CTL") || para::EqualNoCase(name, "MSGDIR.TMP");
 }
 
 }  // namespace vl

@@ -5,6 +5,7 @@
 
 #include "api/call_frame.h"
 #include "api/diagnostics.h"
+#include "msg/body_name.h"
 #include "msg/data_copier.h"
 #include "paragraph/open_shared.h"
 #include "paragraph/paragraph_reader.h"
@@ -31,6 +32,10 @@ VLRESULT CreateDataFile(const ApiSession& session, const char* submitPath, const
   }
   if (std::strlen(dataPath) > kMaxPathChars) {
     ApiReportError(&session, "Data file name too long");
+    return VL_E_INVALID_PARAM;
+  }
+  if (NamesListFile(dataPath)) {
+    ApiReportError(&session, "Data file name invalid");
     return VL_E_INVALID_PARAM;
   }
   para::Opened submit = para::OpenShared(submitPath, "rb");

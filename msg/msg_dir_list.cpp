@@ -175,10 +175,9 @@ VLRESULT VLAPI_CALL VlxGetDocuments(VLHANDLE handle, const VLMSGINFOEX* info, ch
           ReportNullArgument(&session, !info ? "info" : !documents ? "documents" : "attachments");
           return VL_E_INVALID_PARAM;
         }
-        if (VLRESULT rc = CheckRecordBody(session, info->Body))
-          return rc;
         for (int i = 0; i < VL_DOCUMENT_SLOTS; ++i)
           documents[i * VL_DOCUMENT_SLOT_SIZE] = attachments[i * VL_DOCUMENT_SLOT_SIZE] = '\0';
+        if (VLRESULT rc = CheckRecordBody(session, info->Body)) return rc;
         const std::string path = std::string(session.userOutDir) + body + ".CTL";
         para::Opened control = para::OpenShared(path.c_str(), "rb");
         if (!control) {

@@ -146,6 +146,8 @@ VLRESULT CreateCtlFile(ApiSession& session, const CtlFileCall& call) {
   if (std::strlen(call.submit) > kMaxPathChars) return ReportFailure(&session, VL_E_INVALID_PARAM, "Submit file name too long");
   if (std::strlen(call.control) > kMaxPathChars)
     return ReportFailure(&session, VL_E_INVALID_PARAM, "Control file name too long");
+  if (NamesListFile(call.control))
+    return ReportFailure(&session, VL_E_INVALID_PARAM, "Control file name invalid");
   para::Opened submit = para::OpenShared(call.submit, "rb");
   if (!submit) {
     ApiReportError(&session, "Unable to open file '%s'", call.submit);
@@ -183,9 +185,7 @@ VLRESULT SendMessage(ApiSession& session, VLHANDLE handle, const char* extension
   }
   char body[sizeof info->Body];
   CopyBounded(body, sizeof body, info->Body);
-  if (VLRESULT rc = CheckRecordBody(session, info->Body))
-    return rc;
-  if (VLRESULT rc = CheckNotReserved(session, body)) return rc;
+  if (VLRESULT rc = CheckRecordBody(session, info->Body)) return rc;
   uint16_t format = 0;
   if (VLRESULT rc = FormatOfExtension(session, extension, &format)) return rc;
   // Only fields that lie inside the caller's record are looked at.

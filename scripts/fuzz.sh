@@ -1,18 +1,24 @@
 #!/usr/bin/env bash
 # Runs one fuzz target for a bounded time:
-#   scripts/fuzz.sh TARGET SECONDS [libFuzzer options...]
+#   scripts/fuzz.sh [--fresh] TARGET SECONDS [libFuzzer options...]
 # TARGET is a name of tests/fuzz (paragraph, msg_list, submit_file,
 # control_file, status, config). New inputs gather in
 # build/fuzz/campaign/TARGET/corpus and findings in .../findings, both kept
-# between runs; the seeds in tests/fuzz/corpus/TARGET are only read.
+# between runs; the seeds in tests/fuzz/corpus/TARGET are only read. With
+# --fresh (as the test command runs it) the run starts from the seeds alone
+# in build/fuzz/fresh/TARGET, so its outcome does not hang on earlier runs.
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 
 binary=""
-if [ "${1:-}" = "--binary" ]; then
-  binary=$2
-  shift 2
-fi
+fresh=""
+while [ $# -gt 0 ]; do
+  case "$1" in
+    --binary) binary=$2; shift 2 ;;
+    --fresh) fresh=1; shift ;;
+    *) break ;;
+  esac
+done
 if [ $# -lt 2 ]; then
   echo "usage: scripts/fuzz.sh TARGET SECONDS [libFuzzer options...]" >&2
   exit 2
@@ -32,6 +38,10 @@ if [ -z "$binary" ]; then
 fi
 
 work=$root/build/fuzz/campaign/$target
+if [ -n "$fresh" ]; then
+  work=$root/build/fuzz/fresh/$target
+  rm -rf "$work"
+fi
 mkdir -p "$work/corpus" "$work/findings"
 exec "$binary" -max_total_time="$seconds" -timeout=10 -rss_limit_mb=4096 \
   -dict="$root/tests/fuzz/$target.dict" -artifact_prefix="$work/findings/" \

@@ -36,18 +36,24 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   std::vector<MsgAddresseeRecord> addressees(64);
   uint16_t count = 0;
   for (uint16_t directory : {VL_DIR_OUT, VL_DIR_IN}) {
-    VlxGetMsgHistoryEx(h, directory, "MSG1", filter, routing, max, &count,
-                       sizeof(VLMSGHISTORYEX), history.data());
-    VlxGetMsgHistoryEx(h, directory, "MSG1", filter, routing, -1, &count, 100, history.data());
-    VlxGetMsgHistory(h, directory, "MSG1", filter, routing, max, &count, older.data());
-    VlxGetMsgAddrs(h, directory, "MSG1", static_cast<uint16_t>(max), &count, addressees.data());
+    for (VLRESULT rc : {
+             VlxGetMsgHistoryEx(h, directory, "MSG1", filter, routing, max, &count,
+                                sizeof(VLMSGHISTORYEX), history.data()),
+             VlxGetMsgHistoryEx(h, directory, "MSG1", filter, routing, -1, &count, 100,
+                                history.data()),
+             VlxGetMsgHistory(h, directory, "MSG1", filter, routing, max, &count, older.data()),
+             VlxGetMsgAddrs(h, directory, "MSG1", static_cast<uint16_t>(max), &count,
+                            addressees.data())})
+      vlfuzz::Require(vlfuzz::IsResult(rc), "a reader returns a result code");
   }
   VLMSGINFOEX info{};
   std::string documents(VL_DOCUMENT_SLOTS * VL_DOCUMENT_SLOT_SIZE, 'x');
   std::string attachments = documents;
   info.Body[0] = 'M', info.Body[1] = 'S', info.Body[2] = 'G', info.Body[3] = '1';
-  VlxGetDocuments(h, &info, documents.data(), attachments.data());
+  vlfuzz::Require(VlxGetDocuments(h, &info, documents.data(), attachments.data()) == VL_OK,
+                  "the documents of a control file that opens are read");
   // A message identity is compared with the file's before a request is written.
-  VlxHoldMsgEx(h, VL_DIR_OUT, "MSG1", a[3].c_str());
+  vlfuzz::Require(vlfuzz::IsResult(VlxHoldMsgEx(h, VL_DIR_OUT, "MSG1", a[3].c_str())),
+                  "message control returns a result code");
   return 0;
 }

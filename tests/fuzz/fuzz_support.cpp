@@ -79,6 +79,7 @@ void ResetProcess() {
   EmptyDirectory(tree.Request(), nullptr);
   EmptyDirectory(tree.Out(), "MSGDIR.CTL");
   EmptyDirectory(tree.In(), "MSGDIR.CTL");
+  EmptyDirectory(tree.Users() + "JSMITH\\V-DB\\", nullptr);
 }
 
 Session::Session() {
@@ -135,15 +136,22 @@ std::vector<std::string> FilesIn(const std::string& directory) {
   std::vector<std::string> names;
   if (DIR* dir = opendir(Native(directory).c_str())) {
     while (dirent* entry = readdir(dir))
-      if (entry->d_name[0] != '.') names.push_back(entry->d_name);
+      if (std::strcmp(entry->d_name, ".") != 0 && std::strcmp(entry->d_name, "..") != 0)
+        names.push_back(entry->d_name);
     closedir(dir);
   }
   std::sort(names.begin(), names.end());
   return names;
 }
 
+bool IsResult(VLRESULT rc) {
+  const auto code = static_cast<uint16_t>(rc);
+  return code == 0 || (code >= 0xF700 && code <= 0xF730);
+}
+
 void Fail(const char* what) {
   std::fprintf(stderr, "property broken: %s\n", what);
+  std::system(("rm -rf '" + SandboxDirectory() + "'").c_str());
   std::abort();
 }
 

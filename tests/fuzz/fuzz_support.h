@@ -55,6 +55,9 @@ std::string ReadFile(const std::string& path);
 // Names of the files in a directory, sorted.
 std::vector<std::string> FilesIn(const std::string& directory);
 
+// Whether rc is one of the library's result codes: 0 or 0xF700-0xF730.
+bool IsResult(VLRESULT rc);
+
 // Ends the run with a message when a property of the library does not hold,
 // so that the fuzzer keeps the input as a finding.
 [[noreturn]] void Fail(const char* what);

@@ -6,10 +6,13 @@
 //   !BODY                 VlxMarkMsgAsRead
 //   >BODY|ext|comment     VlxSendMsgEx, its control and data files made first
 //   ?BODY                 VlxGetMsgInfoEx
+//   8                     the eight-bit switch off
+// Texts may hold \r and \n.
 // A leading '<' sends the call to the in directory. After every call the
 // rule of the lists is checked: a call that returns 0 leaves a list that
 // reads, with the same entries less the one removed and plus the one added;
 // a call on a list that does not read fails and leaves its bytes as they were.
+#include <algorithm>
 #include <cstring>
 #include <string>
 #include <vector>
@@ -17,6 +20,7 @@
 #include "api/session.h"
 #include "api/vlapi_internal.h"
 #include "msg/msg_dir.h"
+#include "paragraph/paragraph_reader.h"
 #include "tests/fuzz/fuzz_support.h"
 
 namespace {
@@ -35,8 +39,9 @@ Listing List(VLHANDLE handle, uint16_t selector) {
   int16_t count = 0;
   listing.rc = VlxGetMsgListEx(handle, selector, static_cast<int16_t>(records.size()), &count,
                                sizeof(VLMSGINFOEX), records.data());
-  Require(count >= 0 && static_cast<size_t>(count) < records.size(), "the records hold the list");
-  if (listing.rc == VL_OK) listing.entries.assign(records.begin(), records.begin() + count);
+  Require(count >= 0, "a count is never negative");
+  const size_t read = std::min(static_cast<size_t>(count), records.size());
+  if (listing.rc == VL_OK) listing.entries.assign(records.begin(), records.begin() + read);
   return listing;
 }
 
@@ -66,18 +71,33 @@ bool Follows(const Listing& before, const Listing& after, const std::string& rem
   return add.empty() || Upper(after.entries[kept].Body) == Upper(add);
 }
 
-// Marking as read changes the user status of one entry at most.
-bool MarkedOne(const Listing& before, const Listing& after) {
+// Marking as read sets the user status of the first entry whose name
+// begins with name, and nothing else.
+bool MarkedFirst(const Listing& before, const Listing& after, const std::string& name) {
   if (before.entries.size() != after.entries.size()) return false;
-  int changed = 0;
+  bool marked = false;
   for (size_t i = 0; i < before.entries.size(); ++i) {
-    if (Same(before.entries[i], after.entries[i])) continue;
-    VLMSGINFOEX read = before.entries[i];
-    read.UserStatus = 1;
-    if (!Same(read, after.entries[i])) return false;
-    ++changed;
+    VLMSGINFOEX expected = before.entries[i];
+    if (!marked && Upper(expected.Body).compare(0, name.size(), Upper(name)) == 0) {
+      expected.UserStatus = 1;
+      marked = true;
+    }
+    if (!Same(expected, after.entries[i])) return false;
   }
-  return changed <= 1;
+  return marked;
+}
+
+// Texts of calls may hold line ends, written as \r and \n.
+std::string Unescaped(const std::string& text) {
+  std::string out;
+  for (size_t i = 0; i < text.size(); ++i) {
+    if (text[i] == '\\' && i + 1 < text.size() && (text[i + 1] == 'r' || text[i + 1] == 'n')) {
+      out.push_back(text[++i] == 'r' ? '\r' : '\n');
+    } else {
+      out.push_back(text[i]);
+    }
+  }
+  return out;
 }
 
 uint16_t Number(const std::string& text) {
@@ -96,7 +116,7 @@ void Run(VLHANDLE handle, const vl::ApiSession& session, std::string call) {
   if (kind == '>') selector = VL_DIR_OUT;
   std::vector<std::string> f = vlfuzz::Fields(call.substr(1));
   f.resize(7);
-  for (std::string& field : f) field = field.c_str();  // as the C interface sees it
+  for (std::string& field : f) field = Unescaped(field).c_str();  // as the C interface sees it
   const std::string list = (selector == VL_DIR_OUT ? tree.Out() : tree.In()) + "MSGDIR.CTL";
   const Listing before = List(handle, selector);
   const std::string bytes = vlfuzz::ReadFile(list);
@@ -127,7 +147,8 @@ void Run(VLHANDLE handle, const vl::ApiSession& session, std::string call) {
     case '>': {
       const std::string extension = f[1].substr(0, 3);
       for (const std::string& ext : {std::string("CTL"), extension})
-        if (!f[0].empty() && f[0].size() <= 8 && (f[0] + ext).find_first_of("/\\") == std::string::npos)
+        if (!f[0].empty() && f[0].size() <= 8 && Upper(f[0]) != "MSGDIR" &&
+            (f[0] + ext).find_first_of("/\\") == std::string::npos)
           vlfuzz::WriteFile(Upper(tree.Out() + f[0] + "." + ext), "");
       VLMSGINFOEX info{};
       std::strncpy(info.Body, f[0].c_str(), sizeof info.Body);
@@ -136,6 +157,9 @@ void Run(VLHANDLE handle, const vl::ApiSession& session, std::string call) {
       added = f[0];
       break;
     }
+    case '8':  // the eight-bit switch off from here on
+      para::SetEightBitText(false);
+      return;
     case '?': {
       VLMSGINFOEX info;
       VlxGetMsgInfoEx(handle, selector, f[0].c_str(), sizeof info, &info);
@@ -148,13 +172,21 @@ void Run(VLHANDLE handle, const vl::ApiSession& session, std::string call) {
   const bool unchanged = vlfuzz::ReadFile(list) == bytes;
   if (before.rc != VL_OK)
     Require(rc != VL_OK && unchanged, "a call on a list that does not read fails and keeps it");
-  if (rc != VL_OK) {
+  // A submission whose request cannot be written keeps its entry.
+  const bool entryStays = kind == '>' && !unchanged;
+  if (rc != VL_OK && !entryStays) {
     Require(unchanged, "a failed call leaves the list as it was");
     return;
   }
   Require(after.rc == VL_OK, "a list reads after every call that returns 0");
-  if (kind == '!') Require(MarkedOne(before, after), "marking changes one user status");
-  else Require(Follows(before, after, removed, added), "the list keeps its other entries");
+  if (kind == '!') {
+    Require(MarkedFirst(before, after, f[0]), "marking changes the first matching user status");
+    return;
+  }
+  Require(Follows(before, after, removed, added), "the list keeps its other entries");
+  if (!added.empty())
+    Require(after.entries.back().Status == 1 && after.entries.back().UserStatus == 2,
+            "a new entry is submitted and awaited");
 }
 
 }  // namespace

@@ -41,11 +41,16 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     status.LetterheadCount = &letterCount;
     status.LetterheadEntrySize = full ? 64 : 1;
     status.Letterheads = letters.data();
-    VlxGetServerStatusEx(session.handle(), sizeof status, &status);
-    VlxGetServerStatusEx(session.handle(), 80, &status);
+    vlfuzz::Require(vlfuzz::IsResult(VlxGetServerStatusEx(session.handle(), sizeof status, &status)) &&
+                        vlfuzz::IsResult(VlxGetServerStatusEx(session.handle(), 80, &status)),
+                    "the status reader returns a result code");
+    vlfuzz::Require(deviceCount <= 16 && linkCount <= 16 && coverCount <= 16 && letterCount <= 16,
+                    "no more records are counted than fit");
   }
   VLSERVERINFO older;
   int16_t count = 0;
-  VlxGetServerStatus(session.handle(), sizeof older, &older, 16, &count, nullptr, devices.data());
+  vlfuzz::Require(vlfuzz::IsResult(VlxGetServerStatus(session.handle(), sizeof older, &older, 16,
+                                                      &count, nullptr, devices.data())),
+                  "the older status reader returns a result code");
   return 0;
 }

@@ -76,6 +76,7 @@ TEST_F(BodyNameTest, EveryFunctionTakingANameRefusesNamesOutsideTheRule) {
       {"A/B", "Body name invalid: character 0x2F not allowed"},
       {"*?\"<>|", "Body name invalid: character 0x2A not allowed"},
       {"|", "Body name invalid: character 0x7C not allowed"},
+      {"A.B", "Body name invalid: character 0x2E not allowed"},
       {" AB", "Body name invalid: leading blank"},
       {"NINECHARS", "Body name invalid"},
   };
@@ -88,12 +89,29 @@ TEST_F(BodyNameTest, EveryFunctionTakingANameRefusesNamesOutsideTheRule) {
       EXPECT_TRUE(vltest::ListDirectory(tree_.Request()).size() <= 1) << function;
     }
   EXPECT_EQ(vltest::ReadFile(Out() + "MSGDIR.CTL"), list);
+
+  // The list's own name: refused as a body, and as a file to write.
+  VLMSGINFOEX info = record("msgdir");
+  char ext[4];
+  EXPECT_EQ(VlxCreateCtlFileEx(h, submit.c_str(), control.c_str(), nullptr, ext, 272, &info),
+            VL_E_INVALID_PARAM);
+  EXPECT_EQ(Reported::Last(), "Message name msgdir not valid");
+  info = record("A");
+  EXPECT_EQ(VlxCreateCtlFileEx(h, submit.c_str(), (Out() + "msgdir.ctl").c_str(), nullptr, ext,
+                               272, &info),
+            VL_E_INVALID_PARAM);
+  EXPECT_EQ(Reported::Last(), "Control file name invalid");
+  EXPECT_EQ(VlxCreateDataFile(h, submit.c_str(), (Out() + "MSGDIR.TMP").c_str(), "TXT"),
+            VL_E_INVALID_PARAM);
+  EXPECT_EQ(Reported::Last(), "Data file name invalid");
+  EXPECT_EQ(vltest::ReadFile(Out() + "MSGDIR.CTL"), list);
+  EXPECT_EQ(vltest::ListDirectory(Out()), std::vector<std::string>{"MSGDIR.CTL"});
 }
 
 TEST_F(BodyNameTest, NamesWithinTheRuleAreWrittenAndReadBack) {
   vltest::WriteFile(Out() + "MSGDIR.CTL", vltest::ListHeader());
   const vl::ApiSession& session = *vl::SessionFromHandle(handle_);
-  for (const char* name : {"A.B", "~FAXA000", "x y", "\xe9t\xe9", "."}) {
+  for (const char* name : {"~FAXA000", "x y", "\xe9t\xe9", "A-B_9"}) {
     const vl::NewEntry add{name, "", "", 2, 1, "", ""};
     ASSERT_EQ(vl::MsgDirUpdate(session, VL_DIR_OUT, nullptr, &add), VL_OK) << name;
     VLMSGINFOEX info;
@@ -104,8 +122,10 @@ TEST_F(BodyNameTest, NamesWithinTheRuleAreWrittenAndReadBack) {
 
 TEST_F(BodyNameTest, GeneratedNamesTakeOnlyCharactersThatListsKeep) {
   char name[16];
-  EXPECT_EQ(VlxCreateAutoFile(handle_, "A:BC", "CTL", Out().c_str(), name), VL_E_INVALID_PARAM);
-  EXPECT_EQ(Reported::Last(), "Prefix name invalid");
+  for (const char* prefix : {"A:BC", "A.BC"}) {
+    EXPECT_EQ(VlxCreateAutoFile(handle_, prefix, "CTL", Out().c_str(), name), VL_E_INVALID_PARAM);
+    EXPECT_EQ(Reported::Last(), "Prefix name invalid");
+  }
   EXPECT_EQ(VlxCreateAutoFile(handle_, "FAXA", "C\x01", Out().c_str(), name), VL_E_INVALID_PARAM);
   EXPECT_EQ(Reported::Last(), "Extension name invalid");
   EXPECT_TRUE(vltest::ListDirectory(Out()).empty());
