@@ -1,6 +1,8 @@
 // VlxCreateAutoFile: a new empty file with a unique name in a directory,
 // checked against the directory's message list.
 #include <cstring>
+#include <optional>
+#include <unordered_set>
 
 #include "api/call_frame.h"
 #include "api/diagnostics.h"
@@ -16,9 +18,11 @@ namespace {
 
 inline constexpr size_t kMaxPathChars = 256;
 
-// Whether a "[DOCUMENT]" paragraph of the list has a first "File:" value
-// that begins with stem (the new name up to and including its dot).
-bool ReferencedInList(FILE* list, const std::string& stem) {
+// The first "File:" values of the list's "[DOCUMENT]" paragraphs, cut to
+// length and upper-cased: a new name is still in use when its text up to
+// and including the dot begins one of them. One pass over the list.
+std::unordered_set<std::string> ReferencedStems(FILE* list, size_t length) {
+  std::unordered_set<std::string> stems;
   std::rewind(list);
   para::LineCursor cursor(list);
   bool inDocument = false;
@@ -29,10 +33,11 @@ bool ReferencedInList(FILE* list, const std::string& stem) {
     } else if (inDocument && para::IsContentLine(line) && para::StartsWithNoCase(line, "File:")) {
       inDocument = false;  // only the paragraph's first "File:" line counts
       const char* value = para::ValueOf(line);
-      if (value && para::StartsWithNoCase(value, stem.c_str())) return true;
+      if (value && std::strlen(value) >= length)
+        stems.insert(UpperCase(std::string(value, length)));
     }
   }
-  return false;
+  return stems;
 }
 
 // The generated name is written into lists and request files: every
@@ -111,6 +116,7 @@ VLRESULT CreateCheckedAutoFile(const ApiSession& session, const char* prefix,
     ApiTrace(&session,
              "VlxCreateAutoFile - Unable to open MSGDIR file '%s' (error %d), check disabled",
              listPath.c_str(), list.error);
+  std::optional<std::unordered_set<std::string>> referenced;  // read at the first need
   for (;;) {
     std::string created;
     UniqueFileResult result =
@@ -118,7 +124,8 @@ VLRESULT CreateCheckedAutoFile(const ApiSession& session, const char* prefix,
     if (result != UniqueFileResult::Created) return ReportGeneratorResult(session, result);
     const size_t dot = created.find('.');
     std::string stem = created.substr(0, dot + 1);
-    if (!list || !ReferencedInList(list.get(), stem)) {
+    if (list && !referenced) referenced = ReferencedStems(list.get(), stem.size());
+    if (!list || !referenced->count(UpperCase(stem))) {
       *name = created.substr(0, dot);
       return VL_OK;
     }

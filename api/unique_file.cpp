@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <unordered_set>
 #include <vector>
 
 #include "platform/os.h"
@@ -75,15 +76,36 @@ class CounterSequence {
 };
 
 // Counts the entries (files or directories) with the base name of pattern
-// (at most limit); -1 when
-// the directory cannot be searched. A missing directory counts none, so
-// that the creation reports it.
+// (at most limit); -1 when the directory cannot be searched. A missing
+// directory counts none, so that the creation reports it.
 int CountFiles(const std::string& pattern, int limit) {
   std::vector<std::string> names;
   int error =
       os::ListFiles(pattern.c_str(), &names, limit, os::Listing::FilesAndDirectories);
   if (error == os::kPathNotFound) return 0;
   return error ? -1 : static_cast<int>(names.size());
+}
+
+std::string UpperBase(const std::string& name) {
+  std::string base = name.substr(0, name.find('.'));
+  for (char& c : base)
+    if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 32);
+  return base;
+}
+
+// The base names (before the first dot, in upper case) of every entry of
+// the directory whose name begins with start: what a search for
+// "candidate.*" would find, for all candidates at once. False when the
+// directory cannot be searched; a missing directory has none.
+bool TakenBaseNames(const std::string& directory, const std::string& start,
+                    std::unordered_set<std::string>* taken) {
+  std::vector<std::string> names;
+  int error = os::ListFiles((directory + start + "*").c_str(), &names, 0,
+                            os::Listing::FilesAndDirectories);
+  if (error == os::kPathNotFound) return true;
+  if (error) return false;
+  for (const std::string& name : names) taken->insert(UpperBase(name));
+  return true;
 }
 
 }  // namespace
@@ -97,14 +119,17 @@ UniqueFileResult MakeUniqueFile(const char* prefix, const char* extension, const
   if (directoryLength == 0 || directory[directoryLength - 1] != '\\')
     return UniqueFileResult::Failed;
 
+  // One search of the directory serves every candidate; the count after the
+  // exclusive creation still decides, so a name taken since is given up.
+  std::unordered_set<std::string> taken;
+  if (!TakenBaseNames(directory, std::string("~") + prefix, &taken))
+    return UniqueFileResult::Failed;
   CounterSequence counters;
   char counter[4];
   while (counters.Next(counter)) {
     std::string base = std::string("~") + prefix + counter;
+    if (taken.count(UpperBase(base))) continue;
     std::string stem = std::string(directory) + base;
-    int existing = CountFiles(stem + ".*", 1);
-    if (existing < 0) return UniqueFileResult::Failed;
-    if (existing > 0) continue;
     std::string path = stem + "." + extension;
     int error = os::CreateExclusive(path.c_str());
     if (error == os::kPathNotFound) return UniqueFileResult::PathNotFound;

@@ -35,6 +35,8 @@ inline bool IsEntryStart(const char* line) { return para::EqualNoCase(line, "[DO
 // Reads the entries of one open list, keeping its buffers between entries.
 struct MsgDirReader {
   explicit MsgDirReader(FILE* list);
+  // Reads a list already in memory.
+  MsgDirReader(const char* bytes, size_t size);
   enum DocumentField { kFile, kComment, kOrganisation };
   enum MessageField { kAccepted, kType, kStatus, kUserStatus, kSubject, kMsgType, kCustom };
   para::LineCursor cursor;

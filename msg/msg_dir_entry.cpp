@@ -70,10 +70,21 @@ void ReadAccepted(const char* value, VLMSGINFOEX& record) {
 
 }  // namespace
 
+namespace {
+
+para::ParagraphFields DocumentFields() { return para::ParagraphFields({"File:", "Comment:", "Organisation:"}); }
+para::ParagraphFields MessageFields() {
+  return para::ParagraphFields(
+      {"Accepted:", "Type:", "Status:", "UserStatus:", "Subject:", "MsgType:", "Custom:"});
+}
+
+}  // namespace
+
 MsgDirReader::MsgDirReader(FILE* list)
-    : cursor(list),
-      document({"File:", "Comment:", "Organisation:"}),
-      message({"Accepted:", "Type:", "Status:", "UserStatus:", "Subject:", "MsgType:", "Custom:"}) {}
+    : cursor(list), document(DocumentFields()), message(MessageFields()) {}
+
+MsgDirReader::MsgDirReader(const char* bytes, size_t size)
+    : cursor(bytes, size), document(DocumentFields()), message(MessageFields()) {}
 
 const char* DirectoryWord(uint16_t selector) {
   return selector == kDirectoryOut ? "V-OUT" : selector == kDirectoryIn ? "V-IN" : "???";

@@ -25,16 +25,13 @@ ListFiles PathsOf(const ApiSession& session, uint16_t selector) {
   return {directory + "MSGDIR.CTL", directory + "MSGDIR.TMP"};
 }
 
-// Copies count bytes (all that remain when count is negative).
-void CopyBytes(FILE* from, FILE* to, long count) {
-  char block[4096];
-  while (count != 0) {
-    size_t want = count < 0 || count > static_cast<long>(sizeof block) ? sizeof block
-                                                                       : static_cast<size_t>(count);
-    size_t got = std::fread(block, 1, want, from);
-    if (got == 0 || std::fwrite(block, 1, got, to) != got) return;
-    if (count > 0) count -= static_cast<long>(got);
-  }
+// Reads the whole open list into bytes; false on a read error.
+bool ReadAll(FILE* list, std::string* bytes) {
+  std::rewind(list);
+  char block[64 * 1024];
+  size_t got;
+  while ((got = std::fread(block, 1, sizeof block, list)) > 0) bytes->append(block, got);
+  return !std::ferror(list);
 }
 
 // Writes a text of an entry line: control bytes become blanks, as the
@@ -74,9 +71,9 @@ struct Span {
 // Reads every entry as the listing does, so that a list that does not read
 // is never changed, and finds the span of the entry named remove. 0, the
 // reader's code for a malformed list, 0xF70E or 0xF70F.
-VLRESULT ScanList(const ApiSession& session, uint16_t selector, FILE* list, const char* remove,
-                  Span* span) {
-  MsgDirReader reader(list);
+VLRESULT ScanList(const ApiSession& session, uint16_t selector, const std::string& list,
+                  const char* remove, Span* span) {
+  MsgDirReader reader(list.data(), list.size());
   VLMSGINFOEX info;
   uint16_t status = 0;
   for (;;) {
@@ -100,27 +97,28 @@ VLRESULT ScanList(const ApiSession& session, uint16_t selector, FILE* list, cons
     ApiReportError(&session, "Message %s not completed", remove);
     return VL_E_MSG_NOT_COMPLETED;
   }
-  if (span->end < 0) span->end = static_cast<long>(os::StreamLength(list));
+  if (span->end < 0) span->end = static_cast<long>(list.size());
   return VL_OK;
 }
 
-// Writes the new list into the work file and copies it back into the list.
+// Writes the new list into the work file and copies it back into the list,
+// where only what follows the first change is written again.
 VLRESULT Rewrite(const ApiSession& session, uint16_t selector, const ListFiles& paths, FILE* list,
                  FILE* work, const char* remove, const NewEntry* add) {
+  std::string bytes;
+  const bool read = ReadAll(list, &bytes);
   Span span;
-  if (VLRESULT rc = ScanList(session, selector, list, remove, &span)) return rc;
-  std::rewind(list);
-  if (remove) {
-    CopyBytes(list, work, span.start);
-    std::fseek(list, span.end, SEEK_SET);
-  }
-  CopyBytes(list, work, -1);
+  if (read)
+    if (VLRESULT rc = ScanList(session, selector, bytes, remove, &span)) return rc;
+  const size_t kept = remove ? static_cast<size_t>(span.start) : bytes.size();
+  std::fwrite(bytes.data(), 1, kept, work);
+  if (remove) std::fwrite(bytes.data() + span.end, 1, bytes.size() - static_cast<size_t>(span.end), work);
   if (add && selector == kDirectoryOut) WriteEntry(work, *add);
-  if (std::fflush(work) != 0 || std::ferror(work) || std::ferror(list)) {
+  if (!read || std::fflush(work) != 0 || std::ferror(work)) {
     ApiReportError(&session, "File error updating info file");
     return VL_E_INFO_FILE_ERROR;
   }
-  if (para::CopyBack(work, list) != 0) {
+  if (para::CopyBack(work, list, static_cast<int64_t>(kept)) != 0) {
     ApiReportError(&session, "Unable to replace file %s", paths.list.c_str());
     return VL_E_INFO_FILE_ERROR;
   }
@@ -146,7 +144,7 @@ VLRESULT MsgDirUpdate(const ApiSession& session, uint16_t selector, const char* 
     ApiReportError(&session, "Error creating file %s", paths.work.c_str());
     return VL_E_INFO_FILE_OPEN_ERROR;
   }
-  // Large stream buffers: a long list is copied twice.
+  // Large stream buffers: the work file takes the whole list.
   std::setvbuf(list.get(), nullptr, _IOFBF, kStreamBuffer);
   std::setvbuf(work.get(), nullptr, _IOFBF, kStreamBuffer);
   // The work file goes and the change is announced whatever happens.

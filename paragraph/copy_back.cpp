@@ -3,7 +3,7 @@
 
 namespace para {
 
-int CopyBack(FILE* source, FILE* target) {
+int CopyBack(FILE* source, FILE* target, int64_t unchanged) {
   if (std::fflush(source) != 0 || std::fflush(target) != 0) return kCopyBackFailed;
   std::rewind(source);
   const int64_t newLength = os::StreamLength(source);
@@ -17,10 +17,13 @@ int CopyBack(FILE* source, FILE* target) {
     return kCopyBackFailed;
   }
 
-  std::rewind(source);
-  std::rewind(target);
+  // The shared start stays as it is; copying resumes behind it.
+  const int64_t skipped = unchanged < 0 ? 0 : unchanged < newLength ? unchanged : newLength;
+  if (std::fseek(source, static_cast<long>(skipped), SEEK_SET) != 0 ||
+      std::fseek(target, static_cast<long>(skipped), SEEK_SET) != 0)
+    return kCopyBackFailed;
   char block[512];
-  int64_t copied = 0;
+  int64_t copied = skipped;
   for (;;) {
     size_t n = std::fread(block, 1, sizeof block, source);
     if (n == 0) break;

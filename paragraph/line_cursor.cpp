@@ -13,16 +13,21 @@ inline char Lower(char c) { return (c >= 'A' && c <= 'Z') ? static_cast<char>(c 
 }  // namespace
 
 LineCursor::LineCursor(FILE* stream)
-    : stream_(stream), block_(kBlockSize), blockStart_(std::ftell(stream)) {}
+    : stream_(stream), storage_(kBlockSize), block_(storage_.data()),
+      blockStart_(std::ftell(stream)) {}
+
+LineCursor::LineCursor(const char* bytes, size_t size)
+    : stream_(nullptr), block_(const_cast<char*>(bytes)), end_(size), blockStart_(0),
+      atEnd_(true) {}
 
 // Moves the unread bytes to the front and reads more behind them.
 bool LineCursor::Fill() {
   if (atEnd_) return false;
-  std::memmove(block_.data(), block_.data() + begin_, end_ - begin_);
+  std::memmove(block_, block_ + begin_, end_ - begin_);
   blockStart_ += static_cast<long>(begin_);
   end_ -= begin_;
   begin_ = 0;
-  size_t got = std::fread(block_.data() + end_, 1, block_.size() - end_, stream_);
+  size_t got = std::fread(block_ + end_, 1, storage_.size() - end_, stream_);
   if (got == 0) atEnd_ = true;
   end_ += got;
   return got > 0;
@@ -44,13 +49,14 @@ bool LineCursor::Next() {
       break;
     }
     if (lineStart < 0) lineStart = blockStart_ + static_cast<long>(begin_);
-    const char* bytes = block_.data();
-    bool lineEnd = false;
-    while (begin_ < end_ && !lineEnd) {
-      const char c = bytes[begin_++];
-      if (length < keep) line_[length++] = c;
-      lineEnd = c == '\n';
-    }
+    const char* bytes = block_ + begin_;
+    const size_t available = end_ - begin_;
+    const char* lineEnd = static_cast<const char*>(std::memchr(bytes, '\n', available));
+    const size_t taken = lineEnd ? static_cast<size_t>(lineEnd - bytes) + 1 : available;
+    const size_t copied = std::min(taken, keep - length);
+    std::memcpy(line_ + length, bytes, copied);
+    length += copied;
+    begin_ += taken;
     if (lineEnd) break;
   }
   start_ = lineStart;

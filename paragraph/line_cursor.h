@@ -17,6 +17,9 @@ class LineCursor {
  public:
   // Starts at the stream's current position.
   explicit LineCursor(FILE* stream);
+  // Reads bytes already in memory (size of them), which stand at file
+  // position 0 and must outlive the cursor.
+  LineCursor(const char* bytes, size_t size);
 
   // Reads the next cleaned line; false at the end of the file.
   bool Next();
@@ -29,8 +32,9 @@ class LineCursor {
  private:
   bool Fill();
 
-  FILE* stream_;
-  std::vector<char> block_;
+  FILE* stream_;            // none for bytes in memory
+  std::vector<char> storage_;  // the block of a stream
+  char* block_;
   size_t begin_ = 0;  // first unread byte of the block
   size_t end_ = 0;    // end of the bytes in the block
   long blockStart_;   // file position of block_[0]

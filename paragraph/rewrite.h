@@ -3,6 +3,7 @@
 // then copied back through the open handle: the file is never absent.
 #pragma once
 
+#include <cstdint>
 #include <cstdio>
 #include <string>
 
@@ -18,9 +19,10 @@ inline constexpr size_t kMaxRewritePath = 268;
 
 // Replaces the contents of the open target by those of the source. The
 // target's length is set first; when that fails for lack of disk space
-// while growing, the old length is put back and nothing is lost. Returns 0
-// or kCopyBackFailed.
-int CopyBack(FILE* source, FILE* target);
+// while growing, the old length is put back and nothing is lost. The first
+// unchanged bytes, which the caller knows the two files share, are not
+// copied again. Returns 0 or kCopyBackFailed.
+int CopyBack(FILE* source, FILE* target, int64_t unchanged = 0);
 
 // The work file of a rewrite: the path with its extension replaced by
 // ".TMP" (".TM2" when it already is ".TMP"); false when too long.

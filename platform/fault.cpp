@@ -12,6 +12,8 @@ struct Plan {
   int nth = 0;
   int error = 0;
   bool fromThenOn = false;
+  void (*action)(void*) = nullptr;
+  void* context = nullptr;
 };
 
 Plan g_plan;
@@ -23,6 +25,12 @@ std::array<std::atomic<int>, static_cast<size_t>(Op::Count)> g_calls{};
 void Inject(Op op, int nth, int error, bool fromThenOn) {
   Clear();
   g_plan = Plan{true, op, nth, error, fromThenOn};
+  g_armed = true;
+}
+
+void Before(Op op, int nth, void (*action)(void* context), void* context) {
+  Clear();
+  g_plan = Plan{true, op, nth, 0, false, action, context};
   g_armed = true;
 }
 
@@ -40,6 +48,10 @@ int Injected(Op op) {
   int any = ++g_calls[static_cast<size_t>(Op::Any)];
   int call = g_plan.op == Op::Any ? any : (g_plan.op == op ? own : 0);
   if (call == 0) return 0;
+  if (call == g_plan.nth && g_plan.action) {
+    g_plan.action(g_plan.context);
+    return 0;
+  }
   if (call == g_plan.nth || (g_plan.fromThenOn && call > g_plan.nth)) return g_plan.error;
   return 0;
 }

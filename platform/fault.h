@@ -32,6 +32,11 @@ enum class Op {
 // fromThenOn every later call fails too. Counting starts now.
 void Inject(Op op, int nth, int error, bool fromThenOn = false);
 
+// Runs action once, just before the nth call (1-based) of op goes ahead: a
+// test's stand-in for another process acting at that moment. Counting
+// starts now; a later Inject or Clear drops it.
+void Before(Op op, int nth, void (*action)(void* context), void* context);
+
 // Disarms every fault and resets the counts.
 void Clear();
 

@@ -171,13 +171,35 @@ TEST_F(AutoFileTest, EveryCounterTakenMeansAllFilesExist) {
 }
 
 TEST_F(AutoFileTest, ARaceForTheSameBaseNameGivesTheNameUp) {
-  // Another process creates ~FAXA000.DOC between the check and the creation:
-  // the second count finds two files and the next counter is taken.
-  os::fault::Inject(os::fault::Op::Any, 1000000, 0);  // count calls only
-  vltest::WriteFile(dir_ + "~FAXA000.DOC", "");
+  // Another process creates ~FAXA000.DOC between the look and the creation:
+  // the count after the creation finds two files and the next counter is taken.
+  os::fault::Before(os::fault::Op::CreateExclusive, 1,
+                    [](void* dir) { vltest::WriteFile(*static_cast<std::string*>(dir) + "~FAXA000.DOC", ""); },
+                    &dir_);
   ASSERT_EQ(Create("FAXA", "TIF", dir_), VL_OK);
   EXPECT_STREQ(name_, "~FAXA001");
-  EXPECT_FALSE(vltest::FileExists(dir_ + "~FAXA000.TIF"));
+  EXPECT_EQ(vltest::ListDirectory(dir_),
+            (std::vector<std::string>{"~FAXA000.DOC", "~FAXA001.TIF"}));
+  // A name taken with the same extension in that moment fails the creation.
+  os::fault::Inject(os::fault::Op::CreateExclusive, 1, os::kFileExists);
+  ASSERT_EQ(Create("FAXA", "TIF", dir_), VL_OK);
+  EXPECT_STREQ(name_, "~FAXA003");
+}
+
+TEST_F(AutoFileTest, OneSearchOfTheDirectoryServesEveryCandidate) {
+  // Every decimal counter taken, in any case and with any extension: the
+  // name comes from the base-36 phase, after one search and one count.
+  for (int i = 0; i <= 999; ++i) {
+    char name[32];
+    std::snprintf(name, sizeof name, i % 2 ? "~faxa%03d.doc" : "~FAXA%03d", i);
+    vltest::WriteFile(dir_ + name, "");
+  }
+  os::fault::Inject(os::fault::Op::Any, 1 << 30, 0);  // counts only
+  ASSERT_EQ(Create("FAXA", "TIF", dir_), VL_OK);
+  EXPECT_EQ(os::fault::Calls(os::fault::Op::ListFiles), 2);
+  EXPECT_EQ(os::fault::Calls(os::fault::Op::CreateExclusive), 1);
+  EXPECT_NE(std::string(name_).find_first_of("ABCDEFGHIJKLMNOPQRSTUVWXYZ", 5), std::string::npos)
+      << name_;
 }
 
 TEST_F(AutoFileTest, FaultAtAnyPlatformCallEndsInSuccessOrADocumentedCode) {
