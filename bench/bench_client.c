@@ -5,6 +5,8 @@
  *
  *   bench_client submit USER SUBMITFILE   log on, submit the file, log off
  *   bench_client list USER                log on, list the out directory, log off
+ *   bench_client logon USER               log on and off
+ *   bench_client load                     nothing: the cost of loading the DLL
  *
  * Exits 0 on success, else 1 with the result code on standard error.
  */
@@ -19,8 +21,9 @@ static VLMSGINFOEX records[2048];
 int main(int argc, char **argv) {
   VLHANDLE session = 0;
   VLRESULT rc;
+  if (argc == 2 && strcmp(argv[1], "load") == 0) return 0;
   if (argc < 3) {
-    fprintf(stderr, "usage: bench_client submit USER SUBMITFILE | list USER\n");
+    fprintf(stderr, "usage: bench_client submit USER SUBMITFILE | list USER | logon USER | load\n");
     return 2;
   }
   rc = VlxAPIInit(&session, argv[2], 0, NULL);

@@ -138,7 +138,7 @@ double PerProcess(const std::string& commandLine, int runs) {
 }
 
 struct Profile {
-  double logOn, autoFile, lookUp, submission;
+  double logOn, autoFile, lookUp, submission, search, creation;
   int calls[static_cast<int>(os::fault::Op::Count)];
 };
 
@@ -159,6 +159,13 @@ Profile ProfileSubmission(VLHANDLE handle, const Tree& tree, const std::string& 
   start = Clock::now();
   VlxGetMsgInfoEx(handle, VL_DIR_OUT, "UNKNOWN", sizeof info, &info);
   profile.lookUp = Since(start);
+  // The floor: one search of the out directory, one new file in it.
+  std::vector<std::string> none;
+  profile.search = bench::Median(9, [&] { os::ListFiles((tree.out + "~ZZZZ000.*").c_str(), &none); });
+  profile.creation = bench::Median(9, [&] {
+    os::CreateExclusive((tree.out + "~ZZZZ000.CTL").c_str());
+    os::RemoveFile((tree.out + "~ZZZZ000.CTL").c_str());
+  });
   os::fault::Inject(os::fault::Op::Any, 1 << 30, 0);  // counts only
   start = Clock::now();
   char body[9];
@@ -238,8 +245,13 @@ int main(int argc, char** argv) {
   const std::string client = "\"" + bin + "bench_client.exe\"";
 
   const double empty = PerProcess("\"" + bin + "bench_empty.exe\"", kProcessRuns);
+  FillOutbox(tree, 0);
+  const double load = PerProcess(client + " load", kProcessRuns);
+  const double logOn = PerProcess(client + " logon BENCH", kProcessRuns);
   std::printf("Outbox benchmark in %s\n", tree.root.c_str());
-  std::printf("  an empty process: %.1f ms\n\n", empty);
+  std::printf("  an empty process: %.1f ms; one that loads the DLL: %.1f ms; one that logs on "
+              "and off: %.1f ms\n\n",
+              empty, load, logOn);
   std::printf("%8s | %-30s | %-30s | %s\n", "messages", "one process: submissions/s",
               "process per message: per s", "profile of one submission");
   double inProcessAtZero = 0, perProcessAtZero = 0;
@@ -261,11 +273,12 @@ int main(int argc, char** argv) {
     const auto& c = profile.calls;
     std::printf("%8d | %6.1f (%3.0f%% of empty outbox) | %6.1f (%3.0f%% of at 0, %4.1fx empty) | "
                 "log-on %.2f ms, unique name %.2f ms, unknown look-up %.2f ms, submission %.2f ms; "
+                "floor: a search %.2f ms, a new file and its removal %.2f ms; "
                 "calls: %d searches, %d opens, %d exclusive creations, %d infos, %d removals, "
                 "%d renames, %d in all\n",
                 messages, 1000 / inProcess, 100 * inProcessAtZero / inProcess, 1000 / perProcess,
                 100 * perProcessAtZero / perProcess, perProcess / empty, profile.logOn,
-                profile.autoFile, profile.lookUp, profile.submission,
+                profile.autoFile, profile.lookUp, profile.submission, profile.search, profile.creation,
                 c[static_cast<int>(Op::ListFiles)], c[static_cast<int>(Op::OpenStream)],
                 c[static_cast<int>(Op::CreateExclusive)], c[static_cast<int>(Op::GetFileInfo)],
                 c[static_cast<int>(Op::RemoveFile)], c[static_cast<int>(Op::RenameFile)],

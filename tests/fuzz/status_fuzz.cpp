@@ -19,33 +19,31 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   std::vector<VLLINKINFOEX> links(16);
   std::vector<char> covers(16 * 64), letters(16 * 64);
   uint16_t deviceCount = 0, linkCount = 0, coverCount = 0, letterCount = 0;
-  // Full records, then the smallest ones and entry sizes that cut texts.
+  // Room for every record, then room for one and no arrays for the rest.
   for (int round = 0; round < 2; ++round) {
-    const bool full = round == 0;
+    const bool room = round == 0;
     VLSERVERSTATUSEX status{};
-    status.ServerInfoSize = full ? sizeof server : 2;
+    status.ServerInfoSize = sizeof server;
     status.ServerInfo = &server;
-    status.MaxDevices = 16;
+    status.MaxDevices = room ? 16 : 1;
     status.DeviceCount = &deviceCount;
-    status.DeviceInfoSize = full ? sizeof(VLDEVICEINFOEX) : 13;
+    status.DeviceInfoSize = sizeof(VLDEVICEINFOEX);
     status.Devices = devices.data();
-    status.MaxLinks = 16;
+    status.MaxLinks = room ? 16 : 1;
     status.LinkCount = &linkCount;
-    status.LinkInfoSize = full ? sizeof(VLLINKINFOEX) : 13;
-    status.Links = links.data();
-    status.MaxCoversheets = 16;
+    status.LinkInfoSize = sizeof(VLLINKINFOEX);
+    status.Links = room ? links.data() : nullptr;
+    status.MaxCoversheets = room ? 16 : 1;
     status.CoversheetCount = &coverCount;
-    status.CoversheetEntrySize = full ? 64 : 3;
-    status.Coversheets = covers.data();
-    status.MaxLetterheads = 16;
+    status.CoversheetEntrySize = 10;
+    status.Coversheets = room ? covers.data() : nullptr;
+    status.MaxLetterheads = room ? 16 : 0;
     status.LetterheadCount = &letterCount;
-    status.LetterheadEntrySize = full ? 64 : 1;
+    status.LetterheadEntrySize = 10;
     status.Letterheads = letters.data();
     vlfuzz::Require(vlfuzz::IsResult(VlxGetServerStatusEx(session.handle(), sizeof status, &status)) &&
                         vlfuzz::IsResult(VlxGetServerStatusEx(session.handle(), 80, &status)),
                     "the status reader returns a result code");
-    vlfuzz::Require(deviceCount <= 16 && linkCount <= 16 && coverCount <= 16 && letterCount <= 16,
-                    "no more records are counted than fit");
   }
   VLSERVERINFO older;
   int16_t count = 0;
