@@ -108,13 +108,16 @@ VLRESULT Rewrite(const ApiSession& session, uint16_t selector, const ListFiles& 
   std::string bytes;
   const bool read = ReadAll(list, &bytes);
   Span span;
-  if (read)
-    if (VLRESULT rc = ScanList(session, selector, bytes, remove, &span)) return rc;
+  if (VLRESULT rc = ScanList(session, selector, bytes, remove, &span)) return rc;
+  if (!read) {
+    ApiReportError(&session, "File error updating info file");
+    return VL_E_INFO_FILE_ERROR;
+  }
   const size_t kept = remove ? static_cast<size_t>(span.start) : bytes.size();
   std::fwrite(bytes.data(), 1, kept, work);
   if (remove) std::fwrite(bytes.data() + span.end, 1, bytes.size() - static_cast<size_t>(span.end), work);
   if (add && selector == kDirectoryOut) WriteEntry(work, *add);
-  if (!read || std::fflush(work) != 0 || std::ferror(work)) {
+  if (std::fflush(work) != 0 || std::ferror(work)) {
     ApiReportError(&session, "File error updating info file");
     return VL_E_INFO_FILE_ERROR;
   }

@@ -20,8 +20,10 @@ int CopyBack(FILE* source, FILE* target, int64_t unchanged) {
   // The shared start stays as it is; copying resumes behind it.
   const int64_t skipped = unchanged < 0 ? 0 : unchanged < newLength ? unchanged : newLength;
   if (std::fseek(source, static_cast<long>(skipped), SEEK_SET) != 0 ||
-      std::fseek(target, static_cast<long>(skipped), SEEK_SET) != 0)
+      std::fseek(target, static_cast<long>(skipped), SEEK_SET) != 0) {
+    os::SetStreamLength(target, skipped);  // cut to what was copied
     return kCopyBackFailed;
+  }
   char block[512];
   int64_t copied = skipped;
   for (;;) {

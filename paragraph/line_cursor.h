@@ -20,6 +20,9 @@ class LineCursor {
   // Reads bytes already in memory (size of them), which stand at file
   // position 0 and must outlive the cursor.
   LineCursor(const char* bytes, size_t size);
+  // The block points into the cursor's own storage: never copied or moved.
+  LineCursor(const LineCursor&) = delete;
+  LineCursor& operator=(const LineCursor&) = delete;
 
   // Reads the next cleaned line; false at the end of the file.
   bool Next();

@@ -49,7 +49,10 @@ int Injected(Op op) {
   int call = g_plan.op == Op::Any ? any : (g_plan.op == op ? own : 0);
   if (call == 0) return 0;
   if (call == g_plan.nth && g_plan.action) {
+    // The action's own platform calls are neither counted nor failed.
+    g_armed = false;
     g_plan.action(g_plan.context);
+    g_armed = true;
     return 0;
   }
   if (call == g_plan.nth || (g_plan.fromThenOn && call > g_plan.nth)) return g_plan.error;
