@@ -52,7 +52,7 @@ double Since(Clock::time_point start) {
 std::vector<std::string> GeneratorNames(int count) {
   std::vector<std::string> names;
   std::unordered_set<std::string> seen;
-  char text[8];
+  char text[16];
   for (int i = 0; i < 1000 && static_cast<int>(names.size()) < count; ++i) {
     std::snprintf(text, sizeof text, "~BNCH%03d", i);
     names.push_back(text);
@@ -138,7 +138,7 @@ double PerProcess(const std::string& commandLine, int runs) {
 }
 
 struct Profile {
-  double logOn, autoFile, lookUp, submission, search, creation;
+  double logOn, autoFile, lookUp, submission, search, creation, enumeration;
   int calls[static_cast<int>(os::fault::Op::Count)];
 };
 
@@ -162,6 +162,9 @@ Profile ProfileSubmission(VLHANDLE handle, const Tree& tree, const std::string& 
   // The floor: one search of the out directory, one new file in it.
   std::vector<std::string> none;
   profile.search = bench::Median(9, [&] { os::ListFiles((tree.out + "~ZZZZ000.*").c_str(), &none); });
+  profile.enumeration = bench::Median(9, [&] {
+    os::ListFiles((tree.out + "~BNCH*").c_str(), &none, 0, os::Listing::FilesAndDirectories);
+  });
   profile.creation = bench::Median(9, [&] {
     os::CreateExclusive((tree.out + "~ZZZZ000.CTL").c_str());
     os::RemoveFile((tree.out + "~ZZZZ000.CTL").c_str());
@@ -273,12 +276,14 @@ int main(int argc, char** argv) {
     const auto& c = profile.calls;
     std::printf("%8d | %6.1f (%3.0f%% of empty outbox) | %6.1f (%3.0f%% of at 0, %4.1fx empty) | "
                 "log-on %.2f ms, unique name %.2f ms, unknown look-up %.2f ms, submission %.2f ms; "
-                "floor: a search %.2f ms, a new file and its removal %.2f ms; "
+                "floor: a search %.2f ms, a new file and its removal %.2f ms, listing every "
+                "BNCH name %.2f ms; "
                 "calls: %d searches, %d opens, %d exclusive creations, %d infos, %d removals, "
                 "%d renames, %d in all\n",
                 messages, 1000 / inProcess, 100 * inProcessAtZero / inProcess, 1000 / perProcess,
                 100 * perProcessAtZero / perProcess, perProcess / empty, profile.logOn,
                 profile.autoFile, profile.lookUp, profile.submission, profile.search, profile.creation,
+                profile.enumeration,
                 c[static_cast<int>(Op::ListFiles)], c[static_cast<int>(Op::OpenStream)],
                 c[static_cast<int>(Op::CreateExclusive)], c[static_cast<int>(Op::GetFileInfo)],
                 c[static_cast<int>(Op::RemoveFile)], c[static_cast<int>(Op::RenameFile)],
