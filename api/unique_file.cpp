@@ -3,7 +3,9 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstring>
+#include <string>
 #include <unordered_set>
+#include <utility>
 #include <vector>
 
 #include "platform/os.h"
@@ -93,20 +95,40 @@ std::string UpperBase(const std::string& name) {
   return base;
 }
 
-// The base names (before the first dot, in upper case) of every entry of
-// the directory whose name begins with start: what a search for
-// "candidate.*" would find, for all candidates at once. False when the
-// directory cannot be searched; a missing directory has none.
-bool TakenBaseNames(const std::string& directory, const std::string& start,
-                    std::unordered_set<std::string>* taken) {
-  std::vector<std::string> names;
-  int error = os::ListFiles((directory + start + "*").c_str(), &names, 0,
-                            os::Listing::FilesAndDirectories);
-  if (error == os::kPathNotFound) return true;
-  if (error) return false;
-  for (const std::string& name : names) taken->insert(UpperBase(name));
-  return true;
-}
+// Which candidate names the directory already holds, with any extension:
+// what a search for "candidate.*" finds, answered from one search per block
+// of candidates that share the counter's first character ("~PPPPc*"), made
+// when the first candidate of the block is asked about. A directory search
+// costs a pass over all its entries, and every entry it returns costs more:
+// blocks keep both few.
+class TakenNames {
+ public:
+  TakenNames(std::string directory, std::string prefix)
+      : directory_(std::move(directory)), prefix_(std::move(prefix)) {}
+
+  // Whether base is taken; false with failed set when a search fails. A
+  // missing directory holds nothing, so that the creation reports it.
+  bool Taken(const std::string& base, bool* failed) {
+    const char first = base[1 + prefix_.size()];
+    if (searched_.find(first) == std::string::npos) {
+      std::vector<std::string> names;
+      const std::string pattern = directory_ + "~" + prefix_ + first + "*";
+      int error = os::ListFiles(pattern.c_str(), &names, 0, os::Listing::FilesAndDirectories);
+      if (error && error != os::kPathNotFound) {
+        *failed = true;
+        return false;
+      }
+      for (const std::string& name : names) taken_.insert(UpperBase(name));
+      searched_.push_back(first);
+    }
+    return taken_.count(UpperBase(base)) > 0;
+  }
+
+ private:
+  std::string directory_, prefix_;
+  std::string searched_;  // first counter characters whose block was searched
+  std::unordered_set<std::string> taken_;
+};
 
 }  // namespace
 
@@ -119,16 +141,17 @@ UniqueFileResult MakeUniqueFile(const char* prefix, const char* extension, const
   if (directoryLength == 0 || directory[directoryLength - 1] != '\\')
     return UniqueFileResult::Failed;
 
-  // One search of the directory serves every candidate; the count after the
-  // exclusive creation still decides, so a name taken since is given up.
-  std::unordered_set<std::string> taken;
-  if (!TakenBaseNames(directory, std::string("~") + prefix, &taken))
-    return UniqueFileResult::Failed;
+  // Candidates are looked up in blocks; the count after the exclusive
+  // creation still decides, so a name taken since the look is given up.
+  TakenNames taken(directory, prefix);
   CounterSequence counters;
   char counter[4];
   while (counters.Next(counter)) {
     std::string base = std::string("~") + prefix + counter;
-    if (taken.count(UpperBase(base))) continue;
+    bool failed = false;
+    const bool isTaken = taken.Taken(base, &failed);
+    if (failed) return UniqueFileResult::Failed;
+    if (isTaken) continue;
     std::string stem = std::string(directory) + base;
     std::string path = stem + "." + extension;
     int error = os::CreateExclusive(path.c_str());

@@ -163,7 +163,7 @@ Profile ProfileSubmission(VLHANDLE handle, const Tree& tree, const std::string& 
   std::vector<std::string> none;
   profile.search = bench::Median(9, [&] { os::ListFiles((tree.out + "~ZZZZ000.*").c_str(), &none); });
   profile.enumeration = bench::Median(9, [&] {
-    os::ListFiles((tree.out + "~BNCH*").c_str(), &none, 0, os::Listing::FilesAndDirectories);
+    os::ListFiles((tree.out + "~BNCH0*").c_str(), &none, 0, os::Listing::FilesAndDirectories);
   });
   profile.creation = bench::Median(9, [&] {
     os::CreateExclusive((tree.out + "~ZZZZ000.CTL").c_str());
@@ -276,8 +276,8 @@ int main(int argc, char** argv) {
     const auto& c = profile.calls;
     std::printf("%8d | %6.1f (%3.0f%% of empty outbox) | %6.1f (%3.0f%% of at 0, %4.1fx empty) | "
                 "log-on %.2f ms, unique name %.2f ms, unknown look-up %.2f ms, submission %.2f ms; "
-                "floor: a search %.2f ms, a new file and its removal %.2f ms, listing every "
-                "BNCH name %.2f ms; "
+                "floor: a search %.2f ms, a new file and its removal %.2f ms, a block of names "
+                "(~BNCH0*) %.2f ms; "
                 "calls: %d searches, %d opens, %d exclusive creations, %d infos, %d removals, "
                 "%d renames, %d in all\n",
                 messages, 1000 / inProcess, 100 * inProcessAtZero / inProcess, 1000 / perProcess,

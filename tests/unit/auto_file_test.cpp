@@ -186,9 +186,11 @@ TEST_F(AutoFileTest, ARaceForTheSameBaseNameGivesTheNameUp) {
   EXPECT_STREQ(name_, "~FAXA003");
 }
 
-TEST_F(AutoFileTest, OneSearchOfTheDirectoryServesEveryCandidate) {
+TEST_F(AutoFileTest, OneSearchOfTheDirectoryServesABlockOfCandidates) {
   // Every decimal counter taken, in any case and with any extension: the
-  // name comes from the base-36 phase, after one search and one count.
+  // name comes from the base-36 phase, after one search for each first
+  // counter character met (the low reserve, at most two for the decimal
+  // phase, one for the base-36 start) and the count after the creation.
   for (int i = 0; i <= 999; ++i) {
     char name[32];
     std::snprintf(name, sizeof name, i % 2 ? "~faxa%03d.doc" : "~FAXA%03d", i);
@@ -196,7 +198,8 @@ TEST_F(AutoFileTest, OneSearchOfTheDirectoryServesEveryCandidate) {
   }
   os::fault::Inject(os::fault::Op::Any, 1 << 30, 0);  // counts only
   ASSERT_EQ(Create("FAXA", "TIF", dir_), VL_OK);
-  EXPECT_EQ(os::fault::Calls(os::fault::Op::ListFiles), 2);
+  EXPECT_GE(os::fault::Calls(os::fault::Op::ListFiles), 2);
+  EXPECT_LE(os::fault::Calls(os::fault::Op::ListFiles), 5);
   EXPECT_EQ(os::fault::Calls(os::fault::Op::CreateExclusive), 1);
   EXPECT_NE(std::string(name_).find_first_of("ABCDEFGHIJKLMNOPQRSTUVWXYZ", 5), std::string::npos)
       << name_;
