@@ -35,10 +35,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   vlfuzz::ResetProcess();
   vl::SetAreas("", "", "", "");  // the areas come from the configuration file
   const std::vector<std::string> sections = vlfuzz::Sections(data, size, 6);
-  std::string arguments = sections[0];
-  if (!arguments.empty() && arguments.back() == '\n') arguments.pop_back();
-  std::vector<std::string> a = vlfuzz::Fields(arguments);
-  a.resize(2);
+  const std::vector<std::string> a = vlfuzz::Arguments(sections[0], 2);
   const vlfuzz::Tree& tree = vlfuzz::TheTree();
   const std::string db = tree.System() + "V-DB\\";
   vlfuzz::WriteFile("VELOMAR.INI", sections[1]);

@@ -19,10 +19,7 @@ uint16_t Number(const std::string& text) {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   vlfuzz::ResetProcess();
   const std::vector<std::string> sections = vlfuzz::Sections(data, size, 2);
-  std::string arguments = sections[0];
-  if (!arguments.empty() && arguments.back() == '\n') arguments.pop_back();
-  std::vector<std::string> a = vlfuzz::Fields(arguments);
-  a.resize(4);
+  const std::vector<std::string> a = vlfuzz::Arguments(sections[0], 4);
   const vlfuzz::Tree& tree = vlfuzz::TheTree();
   vlfuzz::WriteFile(tree.Out() + "MSG1.CTL", sections[1]);
   vlfuzz::WriteFile(tree.In() + "MSG1.CTL", sections[1]);

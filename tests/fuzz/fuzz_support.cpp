@@ -114,6 +114,14 @@ std::vector<std::string> Fields(const std::string& text) {
   return fields;
 }
 
+std::vector<std::string> Arguments(const std::string& section, size_t count) {
+  std::string line = section;
+  if (!line.empty() && line.back() == '\n') line.pop_back();
+  std::vector<std::string> fields = Fields(line);
+  fields.resize(count);
+  return fields;
+}
+
 void WriteFile(const std::string& path, const std::string& bytes) {
   FILE* file = std::fopen(Native(path).c_str(), "wb");
   if (!file) Fail("cannot write a file of the tree");

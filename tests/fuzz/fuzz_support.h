@@ -49,6 +49,9 @@ std::vector<std::string> Sections(const uint8_t* data, size_t size, size_t count
 
 // The fields of a text cut at each '|'.
 std::vector<std::string> Fields(const std::string& text);
+// The count fields of an arguments section: its line, less the line end,
+// cut at each '|'; missing fields are empty.
+std::vector<std::string> Arguments(const std::string& section, size_t count);
 
 void WriteFile(const std::string& path, const std::string& bytes);
 std::string ReadFile(const std::string& path);

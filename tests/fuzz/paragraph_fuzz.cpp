@@ -132,10 +132,7 @@ void Rewrite(const std::vector<std::string>& a, const std::string& bytes) {
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   vlfuzz::ResetProcess();
   const std::vector<std::string> sections = vlfuzz::Sections(data, size, 2);
-  std::string arguments = sections[0];
-  if (!arguments.empty() && arguments.back() == '\n') arguments.pop_back();
-  std::vector<std::string> a = vlfuzz::Fields(arguments);
-  a.resize(6);
+  const std::vector<std::string> a = vlfuzz::Arguments(sections[0], 6);
   para::SetEightBitText(a[5].find('7') == std::string::npos);
   vlfuzz::WriteFile(FilePath(), sections[1]);
   CursorAgreesWithReadLine();
