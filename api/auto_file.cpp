@@ -44,9 +44,7 @@ std::unordered_set<std::string> ReferencedStems(FILE* list, size_t length) {
 // character must stand there unchanged, and its only dot is the one before
 // the extension.
 bool AllNameCharacters(const char* text) {
-  for (; *text; ++text)
-    if (!para::IsNameCharacter(static_cast<unsigned char>(*text)) || *text == '.') return false;
-  return true;
+  return !para::BadNamePartCharacter(text, std::strlen(text));
 }
 
 VLRESULT ReportGeneratorResult(const ApiSession& session, UniqueFileResult result) {

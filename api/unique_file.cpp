@@ -8,6 +8,7 @@
 #include <utility>
 #include <vector>
 
+#include "api/text.h"
 #include "platform/os.h"
 
 namespace vl {
@@ -88,12 +89,7 @@ int CountFiles(const std::string& pattern, int limit) {
   return error ? -1 : static_cast<int>(names.size());
 }
 
-std::string UpperBase(const std::string& name) {
-  std::string base = name.substr(0, name.find('.'));
-  for (char& c : base)
-    if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 32);
-  return base;
-}
+std::string UpperBase(const std::string& name) { return UpperCase(name.substr(0, name.find('.'))); }
 
 // Which candidate names the directory already holds, with any extension:
 // what a search for "candidate.*" finds, answered from one search per block

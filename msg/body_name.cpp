@@ -7,23 +7,10 @@
 #include "paragraph/paragraph_reader.h"
 
 namespace vl {
-namespace {
-
-// The first character that cannot stand in a recorded file name, or a dot,
-// or none.
-const char* BadCharacter(const char* name, size_t length) {
-  for (size_t i = 0; i < length; ++i) {
-    if (!para::IsNameCharacter(static_cast<unsigned char>(name[i])) || name[i] == '.')
-      return name + i;
-  }
-  return nullptr;
-}
-
-}  // namespace
 
 BodyNameFault BodyNameFaultOf(const char* name, size_t length) {
   if (length < 1 || length > kMaxBodyChars) return BodyNameFault::Length;
-  if (BadCharacter(name, length)) return BodyNameFault::Character;
+  if (para::BadNamePartCharacter(name, length)) return BodyNameFault::Character;
   if (name[0] == ' ') return BodyNameFault::LeadingBlank;
   if (length == 6 && para::StartsWithNoCase(name, "MSGDIR")) return BodyNameFault::Reserved;
   return BodyNameFault::None;
@@ -37,7 +24,7 @@ VLRESULT CheckBodyName(const ApiSession& session, const char* body) {
       return VL_E_INVALID_PARAM;
     case BodyNameFault::Character:
       ApiReportError(&session, "Body name invalid: character 0x%2.2X not allowed",
-                     static_cast<unsigned char>(*BadCharacter(body, length)));
+                     static_cast<unsigned char>(*para::BadNamePartCharacter(body, length)));
       return VL_E_INVALID_PARAM;
     case BodyNameFault::LeadingBlank:
       ApiReportError(&session, "Body name invalid: leading blank");

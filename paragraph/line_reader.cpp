@@ -23,8 +23,12 @@ bool EightBitText() { return g_eightBitText; }
 
 bool KeptInLine(unsigned char c) { return Printable(c, g_eightBitText); }
 
-bool IsNameCharacter(unsigned char c) {
-  return KeptInLine(c) && std::strchr("\\/:*?\"<>|", c) == nullptr;
+const char* BadNamePartCharacter(const char* text, size_t length) {
+  for (size_t i = 0; i < length; ++i) {
+    const auto c = static_cast<unsigned char>(text[i]);
+    if (!KeptInLine(c) || std::strchr("\\/:*?\"<>|.", c)) return text + i;
+  }
+  return nullptr;
 }
 
 bool StartsWithNoCase(const char* text, const char* prefix) {

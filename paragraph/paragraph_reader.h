@@ -38,9 +38,11 @@ void CleanLine(char* line, int length);
 // Whether the line reader keeps byte c as it is: every other byte becomes a
 // blank. Follows the eight-bit switch.
 bool KeptInLine(unsigned char c);
-// Whether c may stand in a file name that a paragraph file records: a byte
-// the line reader keeps, and none of \ / : * ? " < > |.
-bool IsNameCharacter(unsigned char c);
+// The first of length characters that cannot stand in one part (base name
+// or extension) of a file name that a paragraph file records: a byte the
+// line reader would blank, a dot, or one of \ / : * ? " < > |. None when
+// every character can.
+const char* BadNamePartCharacter(const char* text, size_t length);
 
 // Kinds of cleaned line.
 inline bool IsHeader(const char* line) { return line[0] == '['; }
