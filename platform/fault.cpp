@@ -2,6 +2,9 @@
 
 #include <array>
 #include <atomic>
+#include <optional>
+
+#include "platform/os.h"
 
 namespace os::fault {
 namespace {
@@ -19,6 +22,7 @@ struct Plan {
 Plan g_plan;
 std::atomic<bool> g_armed{false};
 std::array<std::atomic<int>, static_cast<size_t>(Op::Count)> g_calls{};
+std::optional<LocalTime> g_clock;
 
 }  // namespace
 
@@ -34,8 +38,13 @@ void Before(Op op, int nth, void (*action)(void* context), void* context) {
   g_armed = true;
 }
 
+void PinClock(const LocalTime& time) { g_clock = time; }
+
+const LocalTime* PinnedClock() { return g_clock ? &*g_clock : nullptr; }
+
 void Clear() {
   g_armed = false;
+  g_clock.reset();
   g_plan = Plan{};
   for (auto& count : g_calls) count = 0;
 }

@@ -3,6 +3,10 @@
 // on. Every fallible function of platform/os.h asks Injected() first.
 #pragma once
 
+namespace os {
+struct LocalTime;
+}
+
 namespace os::fault {
 
 enum class Op {
@@ -36,6 +40,13 @@ void Inject(Op op, int nth, int error, bool fromThenOn = false);
 // test's stand-in for another process acting at that moment. Counting
 // starts now; a later Inject or Clear drops it.
 void Before(Op op, int nth, void (*action)(void* context), void* context);
+
+// Makes Now() report time from then on, as a test's fixed clock; a later
+// Inject, Before or Clear lets the clock run again.
+void PinClock(const LocalTime& time);
+
+// The pinned time, or null while the clock runs.
+const LocalTime* PinnedClock();
 
 // Disarms every fault and resets the counts.
 void Clear();

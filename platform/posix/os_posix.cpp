@@ -324,6 +324,7 @@ int StartDetachedProcess(const char*, const char*) {
 }
 
 LocalTime Now() {
+  if (const LocalTime* pinned = fault::PinnedClock()) return *pinned;
   auto now = std::chrono::system_clock::now();
   std::time_t t = std::chrono::system_clock::to_time_t(now);
   std::tm tm{};

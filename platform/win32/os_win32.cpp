@@ -368,6 +368,7 @@ int StartDetachedProcess(const char* application, const char* commandLine) {
 }
 
 LocalTime Now() {
+  if (const LocalTime* pinned = fault::PinnedClock()) return *pinned;
   SYSTEMTIME st;
   GetLocalTime(&st);
   return LocalTime{st.wYear, st.wMonth, st.wDay, st.wHour, st.wMinute, st.wSecond,

@@ -3,6 +3,7 @@
 
 #include <cstdio>
 #include <string>
+#include <vector>
 
 #include "api/unique_file.h"
 #include "platform/fault.h"
@@ -68,6 +69,41 @@ TEST_F(AutoFileTest, AfterTheLowReserveTheCounterStartsAtRandom) {
   const int counter = std::stoi(std::string(name_).substr(5));
   EXPECT_GE(counter, 40);
   EXPECT_LE(counter, 999);
+}
+
+TEST_F(AutoFileTest, CandidatesFollowTheThreePhasesInOrder) {
+  // At second 4, millisecond 955 the decimal phase starts at 999 and wraps
+  // to 040; the base-36 phase starts at (955 * 53 + 4) % 46646 + 10 = 3983,
+  // "32N". Each case takes the counters listed (with some other extension)
+  // and expects the next candidate; 060 stays free: the budget ends at 059.
+  const struct {
+    std::vector<std::string> taken;
+    const char* expected;
+  } cases[] = {
+      {{}, "~FAXA999"},
+      {{"999", "040", "041"}, "~FAXA042"},
+      {{"999", "040-058"}, "~FAXA059"},
+      {{"999", "040-059"}, "~FAXA32N"},
+      {{"999", "040-059", "32N"}, "~FAXA32O"},
+  };
+  auto take = [&](int counter) {
+    char name[32];
+    std::snprintf(name, sizeof name, "~FAXA%03d.DOC", counter);
+    vltest::WriteFile(dir_ + name, "");
+  };
+  for (const auto& c : cases) {
+    vltest::RemoveTree(dir_);
+    vltest::MakeDirectories(dir_);
+    for (int i = 0; i <= 39; ++i) take(i);
+    for (const std::string& range : c.taken) {
+      if (range == "32N") vltest::WriteFile(dir_ + "~faxa32n", "");
+      else if (range.size() == 3) take(std::stoi(range));
+      else for (int i = std::stoi(range); i <= std::stoi(range.substr(4)); ++i) take(i);
+    }
+    os::fault::PinClock(os::LocalTime{2026, 11, 23, 10, 20, 4, 955});
+    ASSERT_EQ(Create("FAXA", "TIF", dir_), VL_OK) << c.expected;
+    EXPECT_STREQ(name_, c.expected);
+  }
 }
 
 TEST_F(AutoFileTest, ArgumentsAreCheckedBeforeAnyFileIsMade) {

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "api/vlapi_internal.h"
+#include "platform/fault.h"
 #include "tests/support/message_files.h"
 #include "tests/support/server_stand_in.h"
 #include "tests/support/test_support.h"
@@ -25,6 +26,10 @@ std::string Masked(const std::string& control) {
                             std::regex("Submitted: \\d\\d-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d"),
                             "Submitted: <time>");
 }
+
+// The platform file-information call with which a submission checks that
+// its control file exists.
+constexpr int kCheckOfTheControlFile = 8;
 
 class SubmissionTest : public ::testing::Test {
  protected:
@@ -183,6 +188,27 @@ TEST_F(SubmissionTest, AFailedSubmissionLeavesNoFileOfTheMessage) {
   server_.Stop();
   EXPECT_EQ(Submit("%%[MESSAGE]\r\nTo: A\r\nFax: 1\r\n%%[TEXT]\r\nx\r\n"), VL_E_SERVER_NOT_RUNNING);
   EXPECT_EQ(vltest::ListDirectory(Out()), std::vector<std::string>{"MSGDIR.CTL"});
+}
+
+TEST_F(SubmissionTest, ANameListedMeanwhileIsMarkedAsTaken) {
+  // Another client lists ~FAXA000 once its name is chosen (the first file
+  // information asked for comes after): the message's files go, and a
+  // marker keeps the name from coming back.
+  static std::string list;
+  list = Out() + "MSGDIR.CTL";
+  os::fault::Before(os::fault::Op::GetFileInfo, 1, [](void*) {
+    vltest::WriteFile(list, vltest::ReadFile(list) +
+                                vltest::ListEntryText(vltest::ListEntry{"~FAXA000.TXT"}));
+  }, nullptr);
+  EXPECT_EQ(Submit("%%[MESSAGE]\r\nTo: A\r\nFax: 1\r\n%%[TEXT]\r\nx\r\n"), VL_E_MSG_EXISTS);
+  os::fault::Clear();
+  EXPECT_EQ(Reported::Last(), "Message ~FAXA000 already in info file");
+  EXPECT_EQ(vltest::ListDirectory(Out()), (std::vector<std::string>{"MSGDIR.CTL", "~FAXA000.TMP"}));
+  EXPECT_EQ(vltest::ReadFile(Out() + "~FAXA000.TMP"),
+            "(created by VlxSendSubmitFile() because files ~FAXA000.*\r\n"
+            "deleted previously without deleting references\r\nin MSGDIR.CTL)\r\n");
+  ASSERT_EQ(Submit("%%[MESSAGE]\r\nTo: A\r\nFax: 1\r\n%%[TEXT]\r\nx\r\n"), VL_OK);
+  EXPECT_STREQ(body_, "~FAXA001");
 }
 
 TEST_F(SubmissionTest, SendMsgChecksItsArgumentsAndTheList) {
