@@ -23,6 +23,7 @@ Plan g_plan;
 std::atomic<bool> g_armed{false};
 std::array<std::atomic<int>, static_cast<size_t>(Op::Count)> g_calls{};
 std::optional<LocalTime> g_clock;
+std::vector<std::string>* g_eventLog = nullptr;
 
 }  // namespace
 
@@ -37,6 +38,10 @@ void Before(Op op, int nth, void (*action)(void* context), void* context) {
   g_plan = Plan{true, op, nth, 0, false, action, context};
   g_armed = true;
 }
+
+void RecordEventLog(std::vector<std::string>* calls) { g_eventLog = calls; }
+
+std::vector<std::string>* EventLogRecorder() { return g_eventLog; }
 
 void PinClock(const LocalTime& time) { g_clock = time; }
 

@@ -3,6 +3,9 @@
 // on. Every fallible function of platform/os.h asks Injected() first.
 #pragma once
 
+#include <string>
+#include <vector>
+
 namespace os {
 struct LocalTime;
 }
@@ -29,6 +32,7 @@ enum class Op {
   RegistryRead,
   RegistryWrite,
   StartProcess,
+  EventLog,
   Count
 };
 
@@ -47,6 +51,12 @@ void PinClock(const LocalTime& time);
 
 // The pinned time, or null while the clock runs.
 const LocalTime* PinnedClock();
+
+// Records every event-log call as one line in calls instead of making it:
+// "open SOURCE", "write TYPE 0xID TEXT" (TYPE: error, warning or
+// information), "close". Null stops recording.
+void RecordEventLog(std::vector<std::string>* calls);
+std::vector<std::string>* EventLogRecorder();
 
 // Disarms every fault and resets the counts.
 void Clear();

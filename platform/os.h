@@ -107,6 +107,19 @@ int WindowsDirectory(std::string* path);
 int AppDataFolder(std::string* path);
 
 std::string ComputerName();
+// The primary language of the system's default language: the low ten bits
+// of its language identifier (9 English, 10 Spanish, 7 German, 12 French,
+// 16 Italian).
+int SystemPrimaryLanguage();
+
+// The system event log: a source registered on this computer (none: null),
+// entries of one string each, and the source let go. While a test records
+// the event log (fault::RecordEventLog) the calls are recorded instead.
+enum class EventType : uint16_t { Error = 1, Warning = 2, Information = 4 };
+using EventLogSource = void*;
+EventLogSource OpenEventLogSource(const char* name);
+int WriteEventLogEntry(EventLogSource source, EventType type, uint32_t eventId, const char* text);
+void CloseEventLogSource(EventLogSource source);
 bool GetEnvironment(const char* name, std::string* value);
 std::string SystemErrorText(int error);
 

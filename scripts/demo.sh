@@ -14,3 +14,5 @@ cd "$root/build/win/demo"
 rm -rf sample-tree
 wine "$root/build/win/bin/vlsim.exe" --make-tree sample-tree --client-ini
 wine "$root/build/win/bin/sample_client.exe"
+# The day's message log, as the simulator recorded the demo message.
+wine "$root/build/win/bin/vlsim.exe" --message-log

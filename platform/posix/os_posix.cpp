@@ -18,6 +18,7 @@
 #include <thread>
 
 #include "platform/fault.h"
+#include "platform/native_event_log.h"
 #include "platform/os.h"
 
 namespace os {
@@ -270,6 +271,15 @@ int AppDataFolder(std::string* path) {
   if (int e = Injected(Op::AppDataFolder)) return e;
   return DirectoryFromEnvironment("VLAPI_APPDATA", path);
 }
+
+int SystemPrimaryLanguage() { return 9; }  // English
+
+// No system event log here: every source fails to open, and is given up.
+namespace native {
+EventLogSource OpenEventLogSource(const char*) { return nullptr; }
+int WriteEventLogEntry(EventLogSource, EventType, uint32_t, const char*) { return kInvalidParameter; }
+void CloseEventLogSource(EventLogSource) {}
+}  // namespace native
 
 std::string ComputerName() {
   char name[256] = {};

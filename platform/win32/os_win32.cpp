@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "platform/fault.h"
+#include "platform/native_event_log.h"
 #include "platform/os.h"
 #include "platform/win32/raii_win.h"
 
@@ -302,6 +303,26 @@ std::string ComputerName() {
   DWORD size = sizeof buffer;
   return GetComputerNameA(buffer, &size) ? std::string(buffer, size) : std::string();
 }
+
+int SystemPrimaryLanguage() { return PRIMARYLANGID(GetSystemDefaultLangID()); }
+
+namespace native {
+
+EventLogSource OpenEventLogSource(const char* name) { return RegisterEventSourceA(nullptr, name); }
+
+int WriteEventLogEntry(EventLogSource source, EventType type, uint32_t eventId, const char* text) {
+  const char* strings[] = {text};
+  return ReportEventA(static_cast<HANDLE>(source), static_cast<WORD>(type), 0, eventId, nullptr, 1,
+                      0, strings, nullptr)
+             ? kOk
+             : static_cast<int>(GetLastError());
+}
+
+void CloseEventLogSource(EventLogSource source) {
+  if (source) DeregisterEventSource(static_cast<HANDLE>(source));
+}
+
+}  // namespace native
 
 bool GetEnvironment(const char* name, std::string* value) {
   DWORD needed = GetEnvironmentVariableA(name, nullptr, 0);

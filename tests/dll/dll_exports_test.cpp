@@ -129,6 +129,8 @@ TEST(MessageTable, HoldsTheTextOfEveryResultCode) {
   for (const auto& t : texts) EXPECT_EQ(MessageText(dll.get(), t.code), t.text) << std::hex << t.code;
   for (DWORD unassigned : {0xF721u, 0xF725u, 0xF726u, 0xF72Du, 0xF731u})
     EXPECT_EQ(MessageText(dll.get(), unassigned), "") << std::hex << unassigned;
+  // The log writer's event-log entries show their one string.
+  for (DWORD event : {0x5801u, 0x9802u, 0xD803u}) EXPECT_EQ(MessageText(dll.get(), event), "%1");
 }
 
 TEST(VersionResource, Says16_1_1002) {

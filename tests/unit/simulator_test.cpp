@@ -97,8 +97,16 @@ class SimulatorTest : public ::testing::Test {
   vltest::FaxTree tree_{scratch_};
   vlsim::Settings settings_{{"USERS\\", "REQUEST\\", "SYSTEM\\", "SERVER\\"}, 1, 0, 1,
                             {"0999"}, {"PARIS"}, ""};
-  std::vector<std::string> log_;
-  vlsim::Simulator sim_{settings_, [this](const std::string& line) { log_.push_back(line); }};
+  // The message events logged: text, user, body, addressee, pages and code.
+  std::vector<std::string> events_;
+  vlsim::Simulator sim_{settings_, [this](const vlsim::LogEntry& entry) {
+                          if (entry.kind != vlsim::LogEntry::Kind::MessageEvent) return;
+                          char numbers[48];
+                          std::snprintf(numbers, sizeof numbers, "|%u|%d|%X", entry.addressee,
+                                        entry.pages, entry.error);
+                          events_.push_back(entry.text + "|" + entry.user + "|" + entry.body +
+                                            numbers);
+                        }};
   vlsim::ServerLock lock_{"REQUEST\\"};
   VLHANDLE handle_ = 0;
 };
@@ -174,6 +182,12 @@ TEST_F(SimulatorTest, AFailingNumberEndsTheMessageFailedAfterTheOthersAreSent) {
   EXPECT_EQ(events[1].Pages, 0);
   EXPECT_EQ(events[3].Event, 1);
   EXPECT_EQ(AddresseeStates(body), (std::vector<uint16_t>{31, 30}));
+  const std::string name = "JSMITH\\" + body;
+  EXPECT_EQ(events_, (std::vector<std::string>{
+                         "Accepted " + name + " with 2 addressee(s)|JSMITH|" + body + "|0|0|0",
+                         "Failed " + name + " to 0999|JSMITH|" + body + "|1|0|31",
+                         "Sent " + name + " to 0102|JSMITH|" + body + "|2|1|0",
+                         "Completed " + name + ": Fa|JSMITH|" + body + "|0|0|0"}));
   // Once complete, the client may remove it.
   EXPECT_EQ(VlxDeleteMsg(handle_, 1, body.c_str(), 1), VL_OK);
   EXPECT_EQ(vltest::ListDirectory(Out()), (std::vector<std::string>{"MSGDIR.CTL"}));

@@ -6,8 +6,9 @@
 #include <sstream>
 #include <string>
 
-#include "paragraph/open_shared.h"
+#include "lib/log_writer.h"
 #include "platform/os.h"
+#include "tools/vlsim/message_log_table.h"
 #include "tools/vlsim/sample_tree.h"
 #include "tools/vlsim/server_lock.h"
 #include "tools/vlsim/simulator.h"
@@ -21,8 +22,9 @@ const char kHelp[] =
     "      Creates a sample fax tree in DIR: SYSTEM (with V-DB\\SETUP.INI, USERLIST.INI,\n"
     "      coversheets and letterheads), SERVER (holding a copy of vlsim.exe, which\n"
     "      SETUP.INI names in its Sysman: line, so that VlxStartServer starts it),\n"
-    "      REQUEST and USERS (default user JSMITH, account jsmith). --client-ini also\n"
-    "      writes the current user's VLCLIENT.INI naming the tree.\n"
+    "      REQUEST and USERS (default user JSMITH, account jsmith), and DIR\\VELOMAR.INI\n"
+    "      naming them. SETUP.INI turns the daily message log on (LogKeepDays: 7).\n"
+    "      --client-ini also writes the current user's VLCLIENT.INI naming the tree.\n"
     "\n"
     "  vlsim [--tree DIR] [--step] [--delay MS] [--poll MS] [--devices N]\n"
     "        [--fail NUMBER,...] [--links NAME,...] [--log FILE] [--deliver USER]\n"
@@ -41,8 +43,10 @@ const char kHelp[] =
     "      coversheet and letterhead lists. Shared files are changed in place, as\n"
     "      the library changes them.\n"
     "\n"
-    "      The areas come from --tree, else from this machine's configuration as\n"
-    "      clients find it. Settings come from the Sim... lines of the [SERVER]\n"
+    "      The areas come from DIR\\VELOMAR.INI with --tree, else from this machine's\n"
+    "      configuration as the server finds it (the server's VELOMAR.INI, else the\n"
+    "      user's VLCLIENT.INI); the log file, log level and message log from the\n"
+    "      [OPTIONS] of SETUP.INI. Settings come from the Sim... lines of the [SERVER]\n"
     "      paragraph (or PARAGRAPH) of SETUP.INI, then from the options:\n"
     "        --delay MS      real-time mode: pause between two steps of a message\n"
     "                        (SimStepDelayMS:, default 1000)\n"
@@ -50,7 +54,8 @@ const char kHelp[] =
     "        --devices N     fax devices (SimDevices:, 2)\n"
     "        --fail LIST     fax numbers that fail (SimFailNumbers:)\n"
     "        --links LIST    remote servers shown as links (SimLinks:)\n"
-    "        --log FILE      log file (default VLSIM.LOG in the server area)\n"
+    "        --log FILE      log file (default: LogFile: of SETUP.INI, else SERVER.LOG\n"
+    "                        in SYSTEM\\V-DB)\n"
     "        --deliver USER  delivers a received fax to USER at start-up\n"
     "\n"
     "      --step runs the step mode for deterministic tests: commands are read\n"
@@ -61,30 +66,42 @@ const char kHelp[] =
     "        status            rewrite STATUS.LOG            -> \"ok\" or \"error N\"\n"
     "        deliver USER TEXT deliver a received fax        -> \"delivered BODY\"\n"
     "        quit              release the lock and exit     -> \"bye\"\n"
-    "      Requests SHUTDOWN and RESTART are answered \"stopped\" and \"restarted\".\n";
+    "      Requests SHUTDOWN and RESTART are answered \"stopped\" and \"restarted\".\n"
+    "\n"
+    "  vlsim [--tree DIR] --message-log\n"
+    "      Prints today's message-log records (SERVER\\V-DB\\V-yymmdd.LOG) as a table.\n";
 
 struct Options {
   std::string tree, paragraph = "[SERVER]", logFile, deliver;
   std::string delay, poll, devices, fail, links;
   bool step = false;
+  bool messageLog = false;
 };
 
-// Appends every log line to the log file and shows it on the console.
-class Logger {
- public:
-  explicit Logger(std::string path) : path_(std::move(path)) {}
-  void operator()(const std::string& text) const {
-    os::LocalTime t = os::Now();
-    char line[1024];
-    std::snprintf(line, sizeof line, "%.2d:%.2d:%.2d.%.3d %s\n", t.hour, t.minute, t.second,
-                  t.millisecond, text.c_str());
-    std::fputs(line, stderr);
-    if (para::Opened file = para::OpenShared(1, path_.c_str(), "ab")) std::fputs(line, file.get());
-  }
+// Writes one line of the simulator's log through the log writer: notes at
+// level 2, message events at level 3 with their message's fields for the
+// day's message log, warnings at 4 and errors at 5.
+void WriteLogEntry(const vlsim::LogEntry& entry) {
+  using Kind = vlsim::LogEntry::Kind;
+  vl::LogState& log = vl::Log();
+  log.source = entry.user;
+  log.subSource = entry.body;
+  log.number = entry.addressee;
+  log.count = entry.pages;
+  log.code = entry.error;
+  const int level = entry.kind == Kind::MessageEvent ? 3
+                    : entry.kind == Kind::Warning    ? 4
+                    : entry.kind == Kind::Error      ? vl::kLogError
+                                                     : 2;
+  vl::LogWrite(level, "%s", entry.text.c_str());
+  log.source.clear();
+  log.subSource.clear();
+  log.number = 0;
+  log.count = 0;
+  log.code = 0;
+}
 
- private:
-  std::string path_;
-};
+void Note(const std::string& text) { WriteLogEntry({vlsim::LogEntry::Kind::Note, text}); }
 
 int Usage(const char* problem) {
   std::fprintf(stderr, "vlsim: %s (vlsim --help explains the options)\n", problem);
@@ -143,6 +160,8 @@ bool ParseOptions(int argc, char** argv, Options* options, std::string* problem)
       *value = argv[++i];
     } else if (arg == "--step") {
       options->step = true;
+    } else if (arg == "--message-log") {
+      options->messageLog = true;
     } else if (arg.size() > 2 && arg.front() == '[' && arg.back() == ']') {
       options->paragraph = arg;
     } else {
@@ -166,34 +185,33 @@ void ApplyOptions(const Options& options, vlsim::Settings* settings) {
 }
 
 // Carries out SHUTDOWN and RESTART requests; false once the server stops.
-bool ServeSystemRequests(vlsim::Simulator& server, vlsim::ServerLock& lock,
-                         const Logger& log) {
+bool ServeSystemRequests(vlsim::Simulator& server, vlsim::ServerLock& lock) {
   if (server.stopRequested()) return false;
   if (server.restartRequested()) {
     server.ClearRestart();
     lock.Release();
-    log("Restarting");
+    Note("Restarting");
     os::SleepMilliseconds(200);
     if (int error = lock.Acquire()) {
-      log("Cannot take the lock again (error " + std::to_string(error) + ")");
+      WriteLogEntry({vlsim::LogEntry::Kind::Error,
+                     "Cannot take the lock again (error " + std::to_string(error) + ")"});
       return false;
     }
   }
   return true;
 }
 
-void RunRealTime(vlsim::Simulator& server, vlsim::ServerLock& lock, const Logger& log,
-                 int pollMs) {
+void RunRealTime(vlsim::Simulator& server, vlsim::ServerLock& lock, int pollMs) {
   for (;;) {
     int changed = server.TakeRequests();
-    if (!ServeSystemRequests(server, lock, log)) return;
+    if (!ServeSystemRequests(server, lock)) return;
     changed += server.Step(true);
     if (changed) server.WriteStatus();
     os::SleepMilliseconds(pollMs);
   }
 }
 
-void RunStepMode(vlsim::Simulator& server, vlsim::ServerLock& lock, const Logger& log) {
+void RunStepMode(vlsim::Simulator& server, vlsim::ServerLock& lock) {
   std::string line;
   auto answer = [](const std::string& text) {
     std::printf("%s\n", text.c_str());
@@ -226,7 +244,7 @@ void RunStepMode(vlsim::Simulator& server, vlsim::ServerLock& lock, const Logger
       answer("unknown command " + command);
     }
     const bool restart = server.restartRequested();
-    if (!ServeSystemRequests(server, lock, log)) {
+    if (!ServeSystemRequests(server, lock)) {
       answer("stopped");
       return;
     }
@@ -249,38 +267,38 @@ int main(int argc, char** argv) {
   std::string problem;
   if (!ParseOptions(argc, argv, &options, &problem)) return Usage(problem.c_str());
 
+  vl::LogInit(stderr, nullptr, 2, "VLSIM");
   vlsim::Settings settings;
-  if (!options.tree.empty()) {
-    settings.areas = vlsim::TreeAreas(os::FullPath(options.tree.c_str()));
-  } else if (int rc = vlsim::DiscoverAreas(&settings.areas, &problem)) {
-    std::fprintf(stderr, "vlsim: no fax tree configured (0x%04X): %s\n", rc & 0xFFFF,
-                 problem.c_str());
+  if (int rc = vlsim::ReadServerAreas(options.tree, &settings.areas)) {
+    std::fprintf(stderr, "vlsim: no fax tree configured (0x%04X)\n", static_cast<unsigned>(rc));
     return 1;
   }
+  if (!options.logFile.empty()) vl::Log().fileName = os::FullPath(options.logFile.c_str());
+  if (options.messageLog) return vlsim::PrintMessageLog(stdout);
   for (char& c : options.paragraph)
     if (c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
   vlsim::ReadSetupSettings(options.paragraph, &settings);
   ApplyOptions(options, &settings);
-  Logger log(options.logFile.empty() ? settings.areas.server + "VLSIM.LOG" : options.logFile);
 
   vlsim::ServerLock lock(settings.areas.request);
   if (int error = lock.Acquire()) {
-    log("Cannot take " + settings.areas.request + "VELOMAR.LOK (error " +
-        std::to_string(error) + "): is another server running?");
+    WriteLogEntry({vlsim::LogEntry::Kind::Error,
+                   "Cannot take " + settings.areas.request + "VELOMAR.LOK (error " +
+                       std::to_string(error) + "): is another server running?"});
     return 1;
   }
-  log("Started on " + settings.areas.request + " with " + std::to_string(settings.devices) +
-      " device(s), " + (options.step ? std::string("step mode")
-                                     : std::to_string(settings.stepDelayMs) + " ms a step"));
-  vlsim::Simulator server(settings, [&log](const std::string& text) { log(text); });
+  Note("Started on " + settings.areas.request + " with " + std::to_string(settings.devices) +
+       " device(s), " + (options.step ? std::string("step mode")
+                                      : std::to_string(settings.stepDelayMs) + " ms a step"));
+  vlsim::Simulator server(settings, WriteLogEntry);
   server.WriteLists();
   server.WriteStatus();
   if (!options.deliver.empty()) server.Deliver(options.deliver, "Welcome to the fax simulator");
   if (options.step)
-    RunStepMode(server, lock, log);
+    RunStepMode(server, lock);
   else
-    RunRealTime(server, lock, log, settings.pollMs);
+    RunRealTime(server, lock, settings.pollMs);
   lock.Release();
-  log("Stopped");
+  Note("Stopped");
   return 0;
 }

@@ -24,7 +24,8 @@ std::string MakeSampleTree(const std::string& root, const std::vector<std::strin
   const Areas areas = TreeAreas(root);
   std::vector<std::string> directories = {
       root, areas.system, areas.system + "V-DB\\", areas.system + "V-COVER\\",
-      areas.system + "V-LETTER\\", areas.server, areas.request, areas.user};
+      areas.system + "V-LETTER\\", areas.server, areas.server + "V-DB\\", areas.request,
+      areas.user};
   for (const std::string& user : users)
     for (const char* sub : {"", "V-DB\\", "V-OUT\\", "V-IN\\"})
       directories.push_back(areas.user + user + "\\" + sub);
@@ -47,7 +48,11 @@ std::string MakeSampleTree(const std::string& root, const std::vector<std::strin
       {areas.system + "V-DB\\SETUP.INI",
        {"[VELOMAR]", "Type: Setup", "Revision: A", "", "[SERVER]", "Sysman: VLSIM, vlsim.exe",
         "SimDevices: 2", "SimStepDelayMS: 700", "SimFailNumbers: 02015550999",
-        "SimLinks: PARIS"}},
+        "SimLinks: PARIS", "", "[OPTIONS]", "LogKeepDays: 7"}},
+      {TreeConfigPath(root),
+       {"[VELOMAR]", "Type: ServerConfig", "Revision: A", "", "[SERVER]",
+        "AllUserArea: " + areas.user, "RequestArea: " + areas.request,
+        "SystemArea: " + areas.system, "ServerArea: " + areas.server}},
       {areas.system + "V-COVER\\STANDARD.CVR", {"Standard coversheet"}},
       {areas.system + "V-COVER\\URGENT.CVR", {"Urgent coversheet"}},
       {areas.system + "V-LETTER\\COMPANY.LTR", {"Company letterhead"}},

@@ -3,31 +3,34 @@
 #include <algorithm>
 #include <cstdlib>
 
-#include "api/config.h"
-#include "api/session.h"
+#include "lib/server_config.h"
+#include "platform/os.h"
 #include "tools/vlsim/text_lines.h"
 
 namespace vlsim {
 
+namespace {
+
+std::string WithSeparator(const std::string& root) {
+  if (!root.empty() && root.back() != '\\' && root.back() != '/') return root + '\\';
+  return root;
+}
+
+}  // namespace
+
 Areas TreeAreas(const std::string& root) {
-  std::string base = root;
-  if (!base.empty() && base.back() != '\\' && base.back() != '/') base += '\\';
+  const std::string base = WithSeparator(root);
   return {base + "USERS\\", base + "REQUEST\\", base + "SYSTEM\\", base + "SERVER\\"};
 }
 
-int DiscoverAreas(Areas* areas, std::string* why) {
-  static std::string* reason = nullptr;
-  reason = why;
-  vl::ApiSession session;
-  session.magic = vl::kSessionMagic;
-  session.errorCallback = [](const char* text) {
-    if (reason) *reason = text;
-  };
-  int rc = vl::ReadSessionConfig(session);
-  reason = nullptr;
-  if (rc != 0) return rc;
-  *areas = {session.userArea, session.requestArea, session.systemArea, session.serverArea};
-  if (areas->server.empty()) areas->server = areas->system;
+std::string TreeConfigPath(const std::string& root) { return WithSeparator(root) + "VELOMAR.INI"; }
+
+int ReadServerAreas(const std::string& tree, Areas* areas) {
+  const int rc = tree.empty() ? vl::ReadServerConfig()
+                              : vl::ReadServerConfigFrom(TreeConfigPath(os::FullPath(tree.c_str())));
+  if (rc) return rc;
+  const vl::ServerConfig& config = vl::ServerSettings();
+  *areas = {config.allUserArea, config.requestArea, config.systemArea, config.serverArea};
   return 0;
 }
 

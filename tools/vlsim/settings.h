@@ -27,11 +27,13 @@ struct Settings {
 // The areas of the sample tree layout under root: USERS, REQUEST, SYSTEM
 // and SERVER.
 Areas TreeAreas(const std::string& root);
+// The tree's own server configuration file, "VELOMAR.INI" in root.
+std::string TreeConfigPath(const std::string& root);
 
-// The areas as clients of this machine find them (server configuration,
-// else the per-user client configuration). 0 or a result code, with the
-// reason in why.
-int DiscoverAreas(Areas* areas, std::string* why);
+// Reads the server configuration, from tree's "VELOMAR.INI" when a tree is
+// given, else as the server finds it, which also sets up the log writer;
+// takes the areas from it. 0 or the reader's code (logged).
+int ReadServerAreas(const std::string& tree, Areas* areas);
 
 // Overrides settings from the "Sim..." keys of paragraph in the system's
 // "SETUP.INI"; a missing file or paragraph changes nothing.

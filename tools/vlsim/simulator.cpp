@@ -99,6 +99,15 @@ Simulator::Simulator(Settings settings, LogSink log)
 
 Simulator::~Simulator() = default;
 
+void Simulator::Note(const std::string& text) const { log_({LogEntry::Kind::Note, text}); }
+void Simulator::Warn(const std::string& text) const { log_({LogEntry::Kind::Warning, text}); }
+void Simulator::Fail(const std::string& text) const { log_({LogEntry::Kind::Error, text}); }
+
+void Simulator::Event(const std::string& user, const std::string& body, const std::string& text,
+                      uint32_t addressee, int16_t pages, uint16_t error) const {
+  log_({LogEntry::Kind::MessageEvent, text, user, body, addressee, pages, error});
+}
+
 int Simulator::TakeRequests() {
   std::vector<std::string> names;
   os::ListFiles((settings_.areas.request + "*.CTL").c_str(), &names);
@@ -122,7 +131,7 @@ int Simulator::TakeRequests() {
     if (parsed)
       requests.push_back(request);
     else
-      log_("Ignored " + name + ": no [REQUEST] paragraph");
+      Warn("Ignored " + name + ": no [REQUEST] paragraph");
   }
   // New messages first, so that a request about one finds it.
   std::stable_sort(requests.begin(), requests.end(), [](const Request& a, const Request& b) {
@@ -136,13 +145,13 @@ int Simulator::TakeRequests() {
 void Simulator::Carry(const Request& request) {
   const std::string what = request.type + " " + request.user + "\\" + request.body;
   if (request.server == "SYSMAN") {
-    log_("Request " + request.type);
+    Note("Request " + request.type);
     if (request.type == "SHUTDOWN") stopRequested_ = true;
     if (request.type == "RESTART") restartRequested_ = true;
     return;
   }
   if (!IsPlainName(request.user, 8) || !IsPlainName(request.body, 8)) {
-    log_("Ignored " + what + ": not a user and message name");
+    Warn("Ignored " + what + ": not a user and message name");
     return;
   }
   if (request.type == "SEND") return Accept(request.user, request.body);
@@ -150,21 +159,22 @@ void Simulator::Carry(const Request& request) {
     return DeleteReceived(request.user, request.body);
   Message* message = Find(request.user, request.body);
   if (!message) {
-    log_("Ignored " + what + ": no such message in the queue");
+    Warn("Ignored " + what + ": no such message in the queue");
     // A message this server does not hold cannot finish: an abort ends it.
     if (request.type == "DELETE")
       pendingEntries_[OutDirectory(request.user) + "MSGDIR.CTL"].push_back(
           {request.body, "Fa", "", true});
     return;
   }
-  log_("Request " + what);
+  Note("Request " + what);
   if (request.type == "DELETE") return Abort(*message);
   if (request.type == "HOLD" || request.type == "RELEASE") return Hold(*message, request.type == "HOLD");
   if (request.type == "RUSH") {
     message->rushed = true;
+    Event(message->user, message->body, "Rushed " + message->user + "\\" + message->body);
     return;
   }
-  log_("Ignored " + what + ": unknown request");
+  Warn("Ignored " + what + ": unknown request");
 }
 
 Simulator::Message* Simulator::Find(const std::string& user, const std::string& body) {
@@ -187,7 +197,7 @@ std::string Simulator::NewMessageId() {
 
 void Simulator::Accept(const std::string& user, const std::string& body) {
   if (Find(user, body)) {
-    log_("Ignored SEND " + user + "\\" + body + ": already in the queue");
+    Warn("Ignored SEND " + user + "\\" + body + ": already in the queue");
     return;
   }
   auto message = std::make_unique<Message>();
@@ -196,8 +206,8 @@ void Simulator::Accept(const std::string& user, const std::string& body) {
   message->directory = OutDirectory(user);
   SendOrder order;
   if (int error = ReadSendOrder(message->ControlPath(), &order)) {
-    log_("Failed SEND " + user + "\\" + body + ": cannot read its control file (error " +
-         std::to_string(error) + ")");
+    Event(user, body, "Failed SEND " + user + "\\" + body + ": cannot read its control file (error " +
+          std::to_string(error) + ")", 0, 0, static_cast<uint16_t>(error));
     pendingEntries_[message->ListPath()].push_back({body, "Fa", "", true});
     return;
   }
@@ -205,8 +215,9 @@ void Simulator::Accept(const std::string& user, const std::string& body) {
   message->id = NewMessageId();
   message->phase = order.hold ? Phase::Held : Phase::Waiting;
   message->dueMs = os::WallClockMilliseconds() + settings_.stepDelayMs;
-  log_("Accepted " + user + "\\" + body + " with " + std::to_string(order.addressees.size()) +
-       " addressee(s)" + (order.hold ? ", held" : ""));
+  Event(user, body, "Accepted " + user + "\\" + body + " with " +
+                        std::to_string(order.addressees.size()) + " addressee(s)" +
+                        (order.hold ? ", held" : ""));
 
   ControlChange change;
   change.accepted = TimeStamp();
@@ -225,7 +236,7 @@ void Simulator::Accept(const std::string& user, const std::string& body) {
 void Simulator::Update(Message& message, ControlChange& change, const char* status) {
   change.status = status;
   if (int error = ApplyControlChange(message.ControlPath(), change))
-    log_("Cannot update " + message.ControlPath() + " (error " + std::to_string(error) + ")");
+    Fail("Cannot update " + message.ControlPath() + " (error " + std::to_string(error) + ")");
   pendingEntries_[message.ListPath()].push_back({message.body, status, change.accepted});
 }
 
@@ -234,10 +245,10 @@ void Simulator::FlushEntries() {
     const int error = ApplyEntryChanges(it->first, it->second);
     if (error && error != os::kFileNotFound && error != os::kPathNotFound) {
       // Kept for the next round: a client holds the list too long.
-      log_("Cannot update " + it->first + " (error " + std::to_string(error) + ")");
+      Fail("Cannot update " + it->first + " (error " + std::to_string(error) + ")");
       ++it;
     } else {
-      if (error) log_("Dropped the changes of " + it->first + ": the list is gone");
+      if (error) Warn("Dropped the changes of " + it->first + ": the list is gone");
       it = pendingEntries_.erase(it);
     }
   }
@@ -246,6 +257,8 @@ void Simulator::FlushEntries() {
 void Simulator::Hold(Message& message, bool hold) {
   if (message.phase != (hold ? Phase::Waiting : Phase::Held)) return;
   message.phase = hold ? Phase::Held : Phase::Waiting;
+  Event(message.user, message.body,
+        (hold ? "Held " : "Released ") + message.user + "\\" + message.body);
   message.dueMs = os::WallClockMilliseconds() + settings_.stepDelayMs;
   ControlChange change;
   change.hold = hold ? "YES" : "NO";
@@ -255,6 +268,8 @@ void Simulator::Hold(Message& message, bool hold) {
 }
 
 void Simulator::Abort(Message& message) {
+  Event(message.user, message.body, "Aborted " + message.user + "\\" + message.body, 0, 0,
+        kErrorAborted);
   ControlChange change;
   for (size_t i = message.next; i < message.addressees.size(); ++i) {
     change.addresseeStatus.push_back({i, "Ab"});
@@ -266,14 +281,15 @@ void Simulator::Abort(Message& message) {
 
 void Simulator::DeleteReceived(const std::string& user, const std::string& body) {
   const std::string directory = settings_.areas.user + user + "\\V-IN\\";
-  log_("Request DELETE " + user + "\\V-IN\\" + body);
+  Note("Request DELETE " + user + "\\V-IN\\" + body);
   if (int error = RemoveEntry(directory + "MSGDIR.CTL", body)) {
-    log_("Cannot update " + directory + "MSGDIR.CTL (error " + std::to_string(error) + ")");
+    Fail("Cannot update " + directory + "MSGDIR.CTL (error " + std::to_string(error) + ")");
     return;  // the files stay with their entry
   }
   std::vector<std::string> names;
   os::ListFiles((directory + body + ".*").c_str(), &names);
   for (const std::string& name : names) os::RemoveFile((directory + name).c_str());
+  Event(user, body, "Deleted " + user + "\\V-IN\\" + body);
 }
 
 int Simulator::Step(bool dueOnly) {
@@ -319,7 +335,7 @@ void Simulator::StartSending(Message& message, Device& device) {
   device.message = &message;
   message.device = static_cast<int>(&device - devices_.data());
   message.phase = Phase::Sending;
-  log_("Sending " + message.user + "\\" + message.body + " on " + device.name);
+  Note("Sending " + message.user + "\\" + message.body + " on " + device.name);
   ControlChange change;
   change.addresseeStatus.push_back({message.next, "Se"});
   change.history.push_back(HistoryLine("Tried:", message, message.next, 0, false));
@@ -335,8 +351,9 @@ void Simulator::FinishAddressee(Message& message) {
   ++message.next;
   ++(ok ? device.sentOk : device.sendFails);
   if (!ok) message.failed = true;
-  log_((ok ? "Sent " : "Failed ") + message.user + "\\" + message.body + " to " +
-       addressee.number);
+  Event(message.user, message.body,
+        (ok ? "Sent " : "Failed ") + message.user + "\\" + message.body + " to " + addressee.number,
+        static_cast<uint32_t>(index + 1), ok ? 1 : 0, ok ? 0 : kErrorNoAnswer);
   ControlChange change;
   change.addresseeStatus.push_back({index, ok ? "OK" : "Fa"});
   change.history.push_back(HistoryLine(ok ? "SentOK:" : "SentEr:", message, index,
@@ -355,7 +372,7 @@ void Simulator::Finish(Message& message, ControlChange& change) {
   message.device = -1;
   message.phase = Phase::Done;
   const char* status = message.failed ? "Fa" : "OK";
-  log_("Completed " + message.user + "\\" + message.body + ": " + status);
+  Event(message.user, message.body, "Completed " + message.user + "\\" + message.body + ": " + status);
   Update(message, change, status);
 }
 
@@ -435,7 +452,7 @@ std::string Simulator::Deliver(const std::string& user, const std::string& subje
   std::string name;
   if (vl::MakeUniqueFile("RECV", "CTL", directory.c_str(), &name) !=
       vl::UniqueFileResult::Created) {
-    log_("Cannot deliver to " + directory);
+    Fail("Cannot deliver to " + directory);
     return "";
   }
   const std::string body = name.substr(0, name.find('.'));
@@ -461,12 +478,12 @@ std::string Simulator::Deliver(const std::string& user, const std::string& subje
   document.insert(document.end(), message.begin(), message.end());
   if (!error) error = AppendEntry(directory + "MSGDIR.CTL", "ReceiveDir", document);
   if (error) {
-    log_("Cannot deliver to " + directory + " (error " + std::to_string(error) + ")");
+    Fail("Cannot deliver to " + directory + " (error " + std::to_string(error) + ")");
     for (const char* extension : {".CTL", ".TXT"})
       os::RemoveFile((directory + body + extension).c_str());
     return "";
   }
-  log_("Delivered " + Upper(user) + "\\V-IN\\" + body);
+  Event(Upper(user), body, "Delivered " + Upper(user) + "\\V-IN\\" + body, 0, 1);
   return body;
 }
 

@@ -16,8 +16,19 @@
 
 namespace vlsim {
 
-// Writes one line of the simulator's log.
-using LogSink = std::function<void(const std::string&)>;
+// One line of the simulator's log. A message event names its user and
+// message and carries the addressee's number, the page count and the error
+// code, which the day's message log records.
+struct LogEntry {
+  enum class Kind { Note, MessageEvent, Warning, Error };
+  Kind kind = Kind::Note;
+  std::string text;
+  std::string user, body;
+  uint32_t addressee = 0;
+  int16_t pages = 0;
+  uint16_t error = 0;
+};
+using LogSink = std::function<void(const LogEntry&)>;
 
 class Simulator {
  public:
@@ -52,6 +63,11 @@ class Simulator {
   struct Request;
 
  private:
+  void Note(const std::string& text) const;
+  void Warn(const std::string& text) const;
+  void Fail(const std::string& text) const;
+  void Event(const std::string& user, const std::string& body, const std::string& text,
+             uint32_t addressee = 0, int16_t pages = 0, uint16_t error = 0) const;
   void Carry(const Request& request);
   void Accept(const std::string& user, const std::string& body);
   void Hold(Message& message, bool hold);

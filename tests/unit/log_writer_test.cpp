@@ -1,0 +1,227 @@
+// The common log: line format, levels, lost lines, the event log and the
+// message-log records it adds; the message-log record parser.
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <string>
+#include <vector>
+
+#include "lib/log_writer.h"
+#include "lib/message_log.h"
+#include "lib/server_config.h"
+#include "platform/fault.h"
+#include "platform/os.h"
+#include "tests/support/test_support.h"
+
+namespace {
+
+using vl::Log;
+
+#ifdef _WIN32
+const char kEol[] = "\r\n";  // the log files are text files
+#else
+const char kEol[] = "\n";
+#endif
+const char kStamp[] = "26-11-23 10:20:30";
+
+class LogWriterTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    Log() = vl::LogState{};
+    vl::ServerSettings() = vl::ServerConfig{};
+    vl::ServerSettings().serverArea = scratch_.Dir();
+    vltest::MakeDirectories(scratch_.Path("V-DB"));
+    PinClock();
+    os::fault::RecordEventLog(&events_);
+    vl::LogInit(stream_.get(), file_.c_str(), 0, "VLSIM");
+  }
+  void TearDown() override {
+    os::fault::Clear();
+    os::fault::RecordEventLog(nullptr);
+    Log() = vl::LogState{};
+  }
+  static void PinClock() { os::fault::PinClock(os::LocalTime{2026, 11, 23, 10, 20, 30, 0}); }
+  std::string Streamed() { return vltest::Contents(stream_.get()); }
+  std::string MessageLog() { return vltest::ReadFile(scratch_.Path("V-DB\\V-261123.LOG")); }
+
+  vltest::Scratch scratch_;
+  os::UniqueFile stream_ = vltest::StreamOf("");
+  std::string file_ = scratch_.Path("SERVER.LOG");
+  std::vector<std::string> events_;
+};
+
+TEST_F(LogWriterTest, EachLevelHasItsLetterAndEventAndLinesStayWithin199Characters) {
+  const struct {
+    int level;
+    const char* head;
+    const char* event;  // the event-log entry of levels 6 and above
+  } cases[] = {
+      {1, "(.)", nullptr}, {2, "(-)", nullptr}, {3, "(I)", nullptr}, {4, "(W)", nullptr},
+      {5, "(E)", nullptr}, {6, "(S)", "write error 0xD803 text"},
+      {9, "(?)", "write information 0x5801 text"},
+  };
+  std::string expected;
+  for (const auto& c : cases) {
+    events_.clear();
+    vl::LogWrite(c.level, "%s", "text");
+    expected += std::string(kStamp) + "  VLSIM      - " + c.head + " - text\n";
+    const std::vector<std::string> entry = {"open Velomar Server", c.event ? c.event : "", "close"};
+    EXPECT_EQ(events_, c.event ? entry : std::vector<std::string>()) << c.level;
+  }
+  EXPECT_EQ(Streamed(), expected);
+  vl::LogWrite(3, "%s", std::string(300, 'x').c_str());
+  const std::string all = Streamed();
+  const std::string last = all.substr(all.rfind('\n', all.size() - 2) + 1);
+  EXPECT_EQ(last.size(), 199u + 1u);
+  std::string file = vltest::ReadFile(file_);
+  EXPECT_EQ(file.substr(0, file.find(kEol)), expected.substr(0, expected.find('\n')));
+}
+
+TEST_F(LogWriterTest, AMessageIsDroppedOnlyBelowBothLevels) {
+  const struct {
+    int level, second, message;
+    bool written;
+  } cases[] = {{4, 3, 3, true}, {4, 4, 3, false}, {1, 5, 1, true}, {2, 3, 1, false}};
+  for (const auto& c : cases) {
+    Log().level = static_cast<int16_t>(c.level);
+    Log().secondLevel = static_cast<int16_t>(c.second);
+    const size_t before = Streamed().size();
+    Log().eventLogOnce = true;  // consumed by a dropped message too
+    vl::LogWrite(c.message, "m");
+    EXPECT_EQ(Streamed().size() > before, c.written) << c.level << c.second << c.message;
+    EXPECT_FALSE(Log().eventLogOnce);
+    EXPECT_EQ(events_.empty(), !c.written);
+    events_.clear();
+  }
+}
+
+TEST_F(LogWriterTest, LinesLostToTheFileAreCountedAndAnnouncedByTheNextOneWritten) {
+  const std::string lost = std::string(kStamp) + "  VLSIM      - (E) - ";
+  const std::string line = std::string(kStamp) + "  VLSIM      - (I) - ";
+  for (int failures : {3, 1}) {
+    vltest::WriteFile(file_, "");
+    os::fault::Inject(os::fault::Op::OpenStream, 1, os::kAccessDenied, true);
+    for (int i = 0; i < failures; ++i) vl::LogWrite(3, "lost %d", i);
+    os::fault::Clear();
+    PinClock();
+    EXPECT_EQ(Log().lostCount, failures);
+    vl::LogWrite(3, "back");
+    EXPECT_EQ(vltest::ReadFile(file_),
+              lost + (failures == 3 ? "(3 system messages lost)" : "(1 system message lost)") +
+                  kEol + line + "back" + kEol);
+    EXPECT_EQ(Log().lostCount, 0);
+  }
+}
+
+TEST_F(LogWriterTest, TheEventLogGetsTheTextWithSingleQuotesAndTheTypeOfItsIdentifier) {
+  vl::LogWrite(6, "Disk \"C\" full");
+  Log().eventLogOnce = true;
+  vl::LogWrite(4, "Line \"busy\"");
+  vl::ReportToEventLog(0x5801, "LIB_I_INFO", "note %d", 7);
+  EXPECT_EQ(events_, (std::vector<std::string>{
+                         "open Velomar Server", "write error 0xD803 Disk 'C' full", "close",
+                         "open Velomar Server", "write warning 0x9802 Line 'busy'", "close",
+                         "open Velomar Server", "write information 0x5801 note 7", "close"}));
+  EXPECT_NE(vltest::ReadFile(file_).find("(S) - Disk \"C\" full"), std::string::npos);
+  os::fault::Inject(os::fault::Op::EventLog, 1, os::kAccessDenied);
+  events_.clear();
+  vl::LogWrite(6, "unregistered");  // a source that cannot be registered is given up
+  EXPECT_TRUE(events_.empty());
+}
+
+TEST_F(LogWriterTest, TheIdentifierIsCutToTenCharactersAndAnOverlongFileNameEndsTheProcess) {
+  vl::LogInit(stream_.get(), nullptr, 0, "SIMULATOR-12");
+  EXPECT_STREQ(Log().identifier, "SIMULATOR-");
+  vl::LogInit(stream_.get(), nullptr, 0, "ID");
+  EXPECT_STREQ(Log().identifier, "ID        ");
+  const std::string name(269, 'n');
+  EXPECT_EXIT(vl::LogInit(nullptr, name.c_str(), 0, "X"), ::testing::ExitedWithCode(1), "");
+}
+
+TEST_F(LogWriterTest, EventsFromLevel3MakeMessageLogRecordsWhileTheMessageLogIsOn) {
+  Log().messageLogSwitch = 1;
+  Log().source = "JSMITH";
+  Log().subSource = "~FAXA000";
+  Log().number = 2;
+  Log().count = 3;
+  Log().code = 0x1F;
+  vl::LogWrite(3, "Sent \"report\"");
+  vl::LogWrite(2, "not recorded");
+  Log().source.clear();
+  Log().subSource = "TOOLONGNAME";
+  vl::LogWrite(5, "Failed");
+  const std::string line = std::string(kStamp) + "  VLSIM      - ";
+  EXPECT_EQ(MessageLog(),
+            "5801: " + std::string(kStamp) + ",JSMITH    ,~FAXA000,00000002,3  ,001F,LIB_I_INFO"
+            "          ,\"" + line + "(I) - Sent \"report\"\"" + kEol +
+            "D803: " + kStamp + ",VLSIM     ,TOOLONGN,00000002,3  ,001F,LIB_E_ERROR         ,\"" +
+            line + "(E) - Failed\"" + kEol);
+  // A message log that cannot be opened is reported once, never recorded.
+  vltest::RemoveTree(scratch_.Path("V-DB"));
+  vl::LogWrite(3, "again");
+  EXPECT_NE(Streamed().find("(E) - Error opening message log file\n"), std::string::npos);
+}
+
+TEST(MessageLogParse, RecordsSplitIntoTheirFieldsInPlace) {
+  char record[] = "9802: 05-01-02 03:04:05,JSMITH    ,~FAXA000,0000BEEF,12 ,001F,"
+                  "LIB_W_WARNING       ,\"a line\"";
+  uint16_t id = 0, count = 0, code = 0;
+  uint32_t number = 0;
+  std::tm time{};
+  char *name = nullptr, *source = nullptr, *subSource = nullptr, *rest = nullptr;
+  ASSERT_EQ(vl::ParseMessageRecord(record, {&id, &time, &name, &source, &subSource, &number,
+                                            &count, &code, &rest}),
+            1);
+  EXPECT_EQ(id, 0x9802);
+  EXPECT_EQ(std::vector<int>({time.tm_year, time.tm_mon, time.tm_mday, time.tm_hour,
+                              time.tm_min, time.tm_sec}),
+            std::vector<int>({105, 1, 2, 3, 4, 5}));
+  EXPECT_STREQ(source, "JSMITH");
+  EXPECT_STREQ(subSource, "~FAXA000");
+  EXPECT_EQ(number, 0xBEEFu);
+  EXPECT_EQ(count, 12);
+  EXPECT_EQ(code, 0x1F);
+  EXPECT_STREQ(name, "LIB_W_WARNING");
+  EXPECT_STREQ(rest, "\"a line\"");
+  char empty[] = "5801: 99-12-31 23:59:59,SRC,,,,,LIB_I_INFO";
+  number = count = code = 7;
+  ASSERT_EQ(vl::ParseMessageRecord(empty, {nullptr, &time, nullptr, nullptr, &subSource, &number,
+                                           &count, &code, &rest}),
+            1);
+  EXPECT_EQ(time.tm_year, 99);
+  EXPECT_STREQ(subSource, "");
+  EXPECT_EQ(number + count + code, 0u);
+  EXPECT_STREQ(rest, "");
+}
+
+TEST(MessageLogParse, EachMalformedRecordNamesItsFirstFailingStep) {
+  const struct {
+    const char* record;
+    int step;
+  } cases[] = {
+      {"xyz: 05-01-02 03:04:05,S,U,1,2,3,N", 1},  {"5801: 05-01-02", 2},
+      {"5801: 05/01/02 03:04:05,S", 2},           {"5801: 05-01-02 03:04:05", 3},
+      {"5801: 05-01-02 03:04:05,S", 4},           {"5801: 05-01-02 03:04:05,S,U", 5},
+      {"5801: 05-01-02 03:04:05,S,U,zz", 6},      {"5801: 05-01-02 03:04:05,S,U,1", 7},
+      {"5801: 05-01-02 03:04:05,S,U,1,x", 8},     {"5801: 05-01-02 03:04:05,S,U,1,2", 9},
+      {"5801: 05-01-02 03:04:05,S,U,1,2,q", 10},  {"5801: 05-01-02 03:04:05,S,U,1,2,3", 11},
+  };
+  os::UniqueFile stream = vltest::StreamOf("");
+  os::fault::PinClock(os::LocalTime{2026, 11, 23, 10, 20, 30, 0});
+  vl::LogInit(stream.get(), nullptr, 0, "READER");
+  Log().messageLogSwitch = 1;
+  std::string expected;
+  for (const auto& c : cases) {
+    std::string text = c.record;
+    uint16_t id;
+    std::tm time;
+    EXPECT_EQ(vl::ParseMessageRecord(text.data(), {&id, &time}), 0) << c.record;
+    expected += std::string(kStamp) + "  READER     - (-) - Invalid message line (" +
+                std::to_string(c.step) + ")\n";
+  }
+  EXPECT_EQ(vltest::Contents(stream.get()), expected);
+  os::fault::Clear();
+  Log() = vl::LogState{};
+}
+
+}  // namespace
