@@ -156,6 +156,21 @@ TEST_F(LogWriterTest, EventsFromLevel3MakeMessageLogRecordsWhileTheMessageLogIsO
             "          ,\"" + line + "(I) - Sent \"report\"\"" + kEol +
             "D803: " + kStamp + ",VLSIM     ,TOOLONGN,00000002,3  ,001F,LIB_E_ERROR         ,\"" +
             line + "(E) - Failed\"" + kEol);
+  // Read back, the first record gives its fields again.
+  std::string first = MessageLog().substr(0, MessageLog().find(kEol));
+  uint16_t id = 0, count = 0, code = 0;
+  uint32_t number = 0;
+  std::tm time{};
+  char *name, *source, *subSource, *rest;
+  ASSERT_EQ(vl::ParseMessageRecord(first.data(), {&id, &time, &name, &source, &subSource, &number,
+                                                  &count, &code, &rest}),
+            1);
+  EXPECT_EQ(std::vector<std::string>({source, subSource, name, rest}),
+            std::vector<std::string>({"JSMITH", "~FAXA000", "LIB_I_INFO",
+                                      "\"" + line + "(I) - Sent \"report\"\""}));
+  EXPECT_EQ(std::vector<unsigned>({id, number, count, code, unsigned(time.tm_year),
+                                   unsigned(time.tm_mon), unsigned(time.tm_sec)}),
+            std::vector<unsigned>({0x5801, 2, 3, 0x1F, 126, 11, 30}));
   // A message log that cannot be opened is reported once, never recorded.
   vltest::RemoveTree(scratch_.Path("V-DB"));
   vl::LogWrite(3, "again");
