@@ -40,12 +40,7 @@ void StoreArea(char* store, const char* value, size_t keep) {
 // then with an equals sign; a found but empty value counts as missing.
 std::string ReadArea(FILE* file, long position, const char* name) {
   char value[kAreaValueSize];
-  for (const char* separator : {":", "="}) {
-    std::string keyword = std::string(name) + separator;
-    if (para::ReadText(file, keyword.c_str(), value, sizeof value, position) && *value)
-      return value;
-  }
-  return std::string();
+  return para::ReadTextEitherForm(file, name, value, sizeof value, position) ? value : "";
 }
 
 // Reads "Trace:", "MailTrace:" and "OverRideFrom:" of the "[API]" paragraph.

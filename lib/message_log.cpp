@@ -43,18 +43,18 @@ bool ReadNumberItem(const char* item, const char* scanFormat, T* out) {
 
 }  // namespace
 
-std::string MessageLogPath() {
-  const os::LocalTime t = os::Now();
+std::string MessageLogPath(const os::LocalTime& day) {
   char name[24];
-  std::snprintf(name, sizeof name, "V-%.2d%.2d%.2d.LOG", t.year % 100, t.month, t.day);
+  std::snprintf(name, sizeof name, "V-%.2d%.2d%.2d.LOG", day.year % 100, day.month, day.day);
   return ServerSettings().serverArea + "V-DB\\" + name;
 }
 
 void WriteMessageLogRecord(uint16_t eventId, const char* eventName, const char* source,
                            const char* subSource, uint32_t number, int16_t count, uint16_t code,
                            const char* extraFormat, ...) {
+  // One reading of the clock names the file and stamps the record.
   const os::LocalTime t = os::Now();
-  para::Opened file = para::OpenShared(15, MessageLogPath().c_str(), "at");
+  para::Opened file = para::OpenShared(15, MessageLogPath(t).c_str(), "at");
   if (!file) {
     Log().messageLogGuard = false;
     LogWrite(kLogError, "Error opening message log file");

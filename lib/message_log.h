@@ -6,11 +6,14 @@
 #include <ctime>
 #include <string>
 
+#include "platform/os.h"
+
 namespace vl {
 
-// Today's message log: "V-yymmdd.LOG" in the server area's "V-DB\" (in the
-// current directory's "V-DB\" while no server area is known).
-std::string MessageLogPath();
+// The message log of day's date: "V-yymmdd.LOG" in the server area's
+// "V-DB\" (in the current directory's "V-DB\" while no server area is
+// known).
+std::string MessageLogPath(const os::LocalTime& day);
 
 // Appends one record: identifier, time stamp, source (10 characters),
 // sub-source (8), number, count, code, event name and, when extraFormat is

@@ -4,7 +4,6 @@
 #include "lib/server_config.h"
 
 #include <cstring>
-#include <initializer_list>
 #include <utility>
 
 #include "api/ini_locator.h"
@@ -39,18 +38,13 @@ const Language kLanguages[] = {
     {9, 1033, "ENG"}, {10, 1034, "ESP"}, {7, 1031, "DEU"}, {12, 1036, "FRA"}, {16, 1040, "ITA"},
 };
 
-// The first non-empty value among keywords (the forms of one area) in the
-// paragraph at position, with a backslash appended when it fits in size;
-// "" when none has a value.
-std::string ReadArea(FILE* file, long position, std::initializer_list<const char*> keywords,
-                     int size) {
+// An area of the paragraph at position ("name:", else "name="), with a
+// backslash appended when it fits in size; "" when it has no value.
+std::string ReadArea(FILE* file, long position, const char* name, int size) {
   char value[kUserAreaBytes];
-  for (const char* keyword : keywords) {
-    if (!para::ReadText(file, keyword, value, size, position) || !*value) continue;
-    EnsureBackslash(value, static_cast<size_t>(size));
-    return value;
-  }
-  return std::string();
+  if (!para::ReadTextEitherForm(file, name, value, size, position)) return std::string();
+  EnsureBackslash(value, static_cast<size_t>(size));
+  return value;
 }
 
 // The directory without its trailing backslash.
@@ -263,13 +257,17 @@ int ReadServerConfigFrom(const std::string& iniPath, FILE** setup) {
     LogWrite(kLogSevere, "ERROR - [SERVER] Paragraph missing from %s file", kIniName);
     return kInternalNoParagraph;
   }
-  config.allUserArea = ReadArea(ini.get(), position, {"AllUserArea:", "AllUserArea="}, kAreaBytes);
-  config.requestArea = ReadArea(ini.get(), position, {"RequestArea:", "RequestArea="}, kAreaBytes);
-  config.serverArea = ReadArea(ini.get(), position, {"ServerArea:", "ServerArea="}, kAreaBytes);
-  config.systemArea = ReadArea(ini.get(), position, {"SystemArea:", "SystemArea="}, kAreaBytes);
-  config.mailArea = ReadArea(ini.get(), position, {"MailArea:", "MailArea="}, kAreaBytes);
+  config.allUserArea = ReadArea(ini.get(), position, "AllUserArea", kAreaBytes);
+  config.requestArea = ReadArea(ini.get(), position, "RequestArea", kAreaBytes);
+  config.serverArea = ReadArea(ini.get(), position, "ServerArea", kAreaBytes);
+  config.systemArea = ReadArea(ini.get(), position, "SystemArea", kAreaBytes);
+  config.mailArea = ReadArea(ini.get(), position, "MailArea", kAreaBytes);
   config.mailAreaGiven = !config.mailArea.empty();
-  const std::string userArea = ReadArea(ini.get(), position, {"UserArea:"}, kUserAreaBytes);
+  // "UserArea:" has only its colon form.
+  char userValue[kUserAreaBytes] = "";
+  para::ReadText(ini.get(), "UserArea:", userValue, sizeof userValue, position);
+  if (*userValue) EnsureBackslash(userValue, sizeof userValue);
+  const std::string userArea = userValue;
   para::ReadFlag(ini.get(), "ManualODBC:", &config.manualOdbc, position);
   ini.file.reset();
   if (!CompleteAreas(config, userArea)) return kInternalRequiredLineMissing;

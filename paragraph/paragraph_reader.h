@@ -87,6 +87,10 @@ bool ReadI32(FILE* stream, const char* keyword, int32_t* out, long startPosition
              char stopChar = 0);
 bool ReadI64(FILE* stream, const char* keyword, int64_t* out, long startPosition = 0,
              char stopChar = 0);
+// The value of "name:", else of "name=", in the paragraph at startPosition;
+// a found but empty value counts as missing. Found: a non-empty value.
+bool ReadTextEitherForm(FILE* stream, const char* name, char* out, int size,
+                        long startPosition);
 // 0 or 1; an unknown word is not found and leaves out unchanged.
 bool ReadFlag(FILE* stream, const char* keyword, int32_t* out, long startPosition = 0,
               char stopChar = 0);

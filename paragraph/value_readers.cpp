@@ -1,4 +1,5 @@
 #include <cstring>
+#include <string>
 
 #include "paragraph/paragraph_reader.h"
 
@@ -72,6 +73,16 @@ bool ReadText(FILE* stream, const char* keyword, char* out, int size, long start
   if (!value) return false;
   CopyText(value, out, size);
   return true;
+}
+
+bool ReadTextEitherForm(FILE* stream, const char* name, char* out, int size,
+                        long startPosition) {
+  for (const char* separator : {":", "="}) {
+    const std::string keyword = std::string(name) + separator;
+    if (ReadText(stream, keyword.c_str(), out, size, startPosition) && *out) return true;
+  }
+  if (size > 0) *out = '\0';
+  return false;
 }
 
 bool ReadU16(FILE* stream, const char* keyword, uint16_t* out, long startPosition,

@@ -6,6 +6,7 @@
 
 #include "lib/message_log.h"
 #include "paragraph/open_shared.h"
+#include "platform/os.h"
 
 namespace vlsim {
 namespace {
@@ -25,7 +26,7 @@ const char* LogText(char* rest) {
 }  // namespace
 
 int PrintMessageLog(FILE* out) {
-  const std::string path = vl::MessageLogPath();
+  const std::string path = vl::MessageLogPath(os::Now());
   para::Opened file = para::OpenShared(15, path.c_str(), "rt");
   if (!file) {
     std::fprintf(out, "No message log %s (error %d)\n", path.c_str(), file.error);
