@@ -147,6 +147,18 @@ VLRESULT SetAreas(const char* server, const char* system, const char* user, cons
   return VL_OK;
 }
 
+void SelectServerAreas(const char* server, const char* system, const char* user,
+                       const char* request, const char* name) {
+  ExplicitAreas& areas = Explicit();
+  StoreArea(areas.server, server, kAreaSize - 1);
+  StoreArea(areas.system, system, kAreaSize - 1);
+  StoreArea(areas.user, user, kAreaSize - 1);
+  StoreArea(areas.request, request, kAreaSize - 1);
+  CopyBounded(areas.selectedServer, name);
+}
+
+void ClearExplicitAreas() { Explicit() = ExplicitAreas{}; }
+
 VLRESULT GetAreas(char* server, char* system, char* user, char* request) {
   if (!server || !system || !user || !request) return VL_E_INVALID_PARAM;
   const ExplicitAreas& areas = Explicit();

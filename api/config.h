@@ -24,6 +24,16 @@ VLRESULT GetAreas(char* server, char* system, char* user, char* request);
 VLRESULT SetSelectedServerName(const char* name);
 VLRESULT GetSelectedServerName(char* buffer, int16_t bufLen);
 
+// Makes a server's areas found in the directory the explicit areas, each
+// cut to 256 characters (with a backslash added when there is room), and
+// name the selected server.
+void SelectServerAreas(const char* server, const char* system, const char* user,
+                       const char* request, const char* name);
+
+// Empties the explicit areas and the selected server name, so that sessions
+// read the configuration file again.
+void ClearExplicitAreas();
+
 // Fills the session's areas once: from the explicit areas when set, else
 // from the configuration file found by the search order, reading the
 // "[API]" settings once per process.

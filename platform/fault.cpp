@@ -24,6 +24,8 @@ std::atomic<bool> g_armed{false};
 std::array<std::atomic<int>, static_cast<size_t>(Op::Count)> g_calls{};
 std::optional<LocalTime> g_clock;
 std::vector<std::string>* g_eventLog = nullptr;
+ads::Provider* g_directory = nullptr;
+std::string g_directoryServer;
 
 }  // namespace
 
@@ -42,6 +44,14 @@ void Before(Op op, int nth, void (*action)(void* context), void* context) {
 void RecordEventLog(std::vector<std::string>* calls) { g_eventLog = calls; }
 
 std::vector<std::string>* EventLogRecorder() { return g_eventLog; }
+
+void UseDirectory(ads::Provider* provider) { g_directory = provider; }
+
+ads::Provider* DirectoryStandIn() { return g_directory; }
+
+void PinDirectoryServer(const std::string& server) { g_directoryServer = server; }
+
+const std::string& PinnedDirectoryServer() { return g_directoryServer; }
 
 void PinClock(const LocalTime& time) { g_clock = time; }
 

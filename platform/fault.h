@@ -8,6 +8,9 @@
 
 namespace os {
 struct LocalTime;
+namespace ads {
+class Provider;
+}
 }
 
 namespace os::fault {
@@ -33,6 +36,8 @@ enum class Op {
   RegistryWrite,
   StartProcess,
   EventLog,
+  LoadDirectory,
+  Directory,
   Count
 };
 
@@ -57,6 +62,17 @@ const LocalTime* PinnedClock();
 // information), "close". Null stops recording.
 void RecordEventLog(std::vector<std::string>* calls);
 std::vector<std::string>* EventLogRecorder();
+
+// Puts provider in the place of the system's directory services; null
+// gives them back.
+void UseDirectory(ads::Provider* provider);
+ads::Provider* DirectoryStandIn();
+
+// Names the directory server ("host:port") that the default-domain bind
+// asks instead of the domain's own; empty (as in production) leaves the
+// server to the directory services.
+void PinDirectoryServer(const std::string& server);
+const std::string& PinnedDirectoryServer();
 
 // Disarms every fault and resets the counts.
 void Clear();

@@ -149,4 +149,8 @@ std::string FullPath(const char* path);
 // The full path of the running program.
 std::string ExecutablePath();
 
+// Keeps this module in the process until it ends, for work that may still
+// run on a thread of its own.
+void KeepModuleLoaded();
+
 }  // namespace os

@@ -8,7 +8,7 @@ root=$(cd "$(dirname "$0")/.." && pwd)
 
 packages=(wine wine64 wine64-tools g++-mingw-w64-x86-64 mingw-w64-tools
           binutils-mingw-w64-x86-64 cmake ninja-build googletest g++
-          clang libclang-rt-dev)
+          clang libclang-rt-dev slapd ldap-utils python3)
 missing=()
 for package in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q "install ok installed" ||
@@ -19,6 +19,9 @@ if [ ${#missing[@]} -gt 0 ]; then
   sudo=""
   [ "$(id -u)" -eq 0 ] || sudo=sudo
   $sudo apt-get update -qq
+  # slapd serves the directory tests from a private configuration of their
+  # own: the package must not configure or start a server of the system's.
+  echo "slapd slapd/no_configuration boolean true" | $sudo debconf-set-selections
   DEBIAN_FRONTEND=noninteractive $sudo apt-get install -y -qq --no-install-recommends \
     "${missing[@]}" >/dev/null
 fi

@@ -374,4 +374,6 @@ std::string ExecutablePath() {
   return length > 0 ? std::string(path, static_cast<size_t>(length)) : std::string();
 }
 
+void KeepModuleLoaded() {}
+
 }  // namespace os

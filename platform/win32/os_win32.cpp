@@ -428,4 +428,10 @@ std::string ExecutablePath() {
   return length > 0 && length < sizeof path ? std::string(path, length) : std::string();
 }
 
+void KeepModuleLoaded() {
+  HMODULE module = nullptr;
+  GetModuleHandleExA(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS | GET_MODULE_HANDLE_EX_FLAG_PIN,
+                     reinterpret_cast<LPCSTR>(&KeepModuleLoaded), &module);
+}
+
 }  // namespace os

@@ -1,11 +1,12 @@
-# Fails unless the DLL imports Windows system DLLs only.
+# Fails unless the DLL imports Windows system DLLs only, and never the
+# directory services library, which it loads on first use.
 execute_process(COMMAND ${OBJDUMP} -p ${DLL} OUTPUT_VARIABLE dump RESULT_VARIABLE rc)
 if(NOT rc EQUAL 0)
   message(FATAL_ERROR "objdump failed on ${DLL}")
 endif()
 string(REGEX MATCHALL "DLL Name: [^\n]+" imports "${dump}")
 set(system_dlls KERNEL32.dll ADVAPI32.dll msvcrt.dll USER32.dll SHELL32.dll OLE32.dll
-    OLEAUT32.dll ACTIVEDS.dll)
+    OLEAUT32.dll)
 foreach(line IN LISTS imports)
   string(REPLACE "DLL Name: " "" name "${line}")
   string(STRIP "${name}" name)
@@ -17,6 +18,9 @@ foreach(line IN LISTS imports)
       set(found TRUE)
     endif()
   endforeach()
+  if(upper STREQUAL "ACTIVEDS.DLL")
+    message(FATAL_ERROR "Vlapi64.dll imports ACTIVEDS.dll at load time; it must load it on first use")
+  endif()
   if(NOT found)
     message(FATAL_ERROR "Vlapi64.dll imports ${name}, which is not a Windows system DLL")
   endif()
