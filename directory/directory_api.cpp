@@ -37,7 +37,7 @@ bool Ask(const std::shared_ptr<Lookup>& lookup, void (*fill)(Lookup&)) {
 void ListServers(Lookup& lookup) {
   directory::VLADInfo ad;
   std::vector<os::ads::Row> rows;
-  lookup.result = directory::FindServerObjects(&ad, "GetVelomarServersFromAD", &rows);
+  lookup.result = directory::FindServerObjects(&ad, "GetVelomarServersFromAD", false, &rows);
   for (const os::ads::Row& row : rows) {
     const std::vector<std::string>* dn = row.Values("distinguishedName");
     std::string computer;

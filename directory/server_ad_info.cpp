@@ -60,15 +60,16 @@ const std::string* FirstValue(const os::ads::Row& row, const char* attribute) {
 
 }  // namespace
 
-os::ads::Result FindServerObjects(VLADInfo* ad, const char* operation,
+os::ads::Result FindServerObjects(VLADInfo* ad, const char* operation, bool withSettings,
                                   std::vector<os::ads::Row>* rows) {
   os::ads::Result hr = ad->Bind(operation);
   if (os::ads::Failed(hr)) return hr;
   char filter[80];
   std::snprintf(filter, sizeof filter, "(&(CN=%s)(objectClass=serviceConnectionPoint))",
                 "VelomarServer");
-  hr = ad->SearchPtr()->Execute(filter, {"name", "CN", "distinguishedname", kBindingInformation},
-                                rows);
+  std::vector<std::string> attributes = {"name", "CN", "distinguishedname"};
+  if (withSettings) attributes.push_back(kBindingInformation);
+  hr = ad->SearchPtr()->Execute(filter, attributes, rows);
   LogWrite(1, "%s - Return from ExecuteSearch (%x)", operation, static_cast<unsigned>(hr));
   return hr;
 }
@@ -77,7 +78,7 @@ os::ads::Result VLServerADInfo::GetVLServerParams(ServerAreas* areas) {
   LogWrite(1, "%s", kParams);
   rows_.clear();
   bindingInformation_ = nullptr;
-  os::ads::Result hr = FindServerObjects(&ad_, kParams, &rows_);
+  os::ads::Result hr = FindServerObjects(&ad_, kParams, true, &rows_);
   if (os::ads::Failed(hr)) return hr;
   for (const os::ads::Row& row : rows_) {
     const std::string* dn = FirstValue(row, "distinguishedName");
@@ -128,7 +129,7 @@ os::ads::Result VLServerADInfo::SetVLServerLists(const std::string& coversheets,
                                                  const std::string& profiles) {
   LogWrite(1, "%s", kSetLists);
   rows_.clear();
-  os::ads::Result hr = FindServerObjects(&ad_, kSetLists, &rows_);
+  os::ads::Result hr = FindServerObjects(&ad_, kSetLists, true, &rows_);
   if (os::ads::Failed(hr)) return hr;
   const struct {
     const char* key;

@@ -25,10 +25,10 @@ struct ServerLists {
 // A list value of the single character 255 stands for an empty list.
 inline constexpr char kEmptyListMarker[] = "\xFF";
 
-// Rows of every service connection point "VelomarServer", with the
-// attributes the lookups use; binds the search root first, logging under
-// operation.
-os::ads::Result FindServerObjects(VLADInfo* ad, const char* operation,
+// Rows of every service connection point "VelomarServer" with their name,
+// CN and distinguished name, and their serviceBindingInformation when
+// withSettings; binds the search root first, logging under operation.
+os::ads::Result FindServerObjects(VLADInfo* ad, const char* operation, bool withSettings,
                                   std::vector<os::ads::Row>* rows);
 
 class VLServerADInfo {

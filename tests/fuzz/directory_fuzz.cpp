@@ -84,7 +84,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   // The lookups' own parts, on this thread so that the fuzzer sees them.
   vl::directory::VLADInfo ad;
   std::vector<os::ads::Row> rows;
-  vl::directory::FindServerObjects(&ad, "fuzz", &rows);
+  vl::directory::FindServerObjects(&ad, "fuzz", false, &rows);
   size_t listed = 0;
   for (const os::ads::Row& row : rows) {
     std::string computer;
