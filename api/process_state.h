@@ -24,7 +24,7 @@ struct ProcessState {
   int32_t sentItemsMode = -1;
   // Whether characters 128-255 of subject and cover text files are kept.
   int32_t eightBitTextFiles = 0;
-  int32_t deleteFailedFaxes = 0;
+  int32_t deleteFailedFaxes = 1;
   // Whether changes of a user's lists touch the in directory's list file.
   int32_t touchMessageList = 1;
   // Directory of the trace file and of the automation layer's temporary

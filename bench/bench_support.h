@@ -53,4 +53,20 @@ inline double Median(int runs, const std::function<void()>& work,
   return times[times.size() / 2];
 }
 
+// The text of an out list holding entries sent messages M0000001 and on.
+inline std::string MessageList(int entries) {
+  std::string text = "[VELOMAR]\r\nType: SendDir\r\nRevision: A\r\n";
+  char entry[600];
+  for (int i = 1; i <= entries; ++i) {
+    std::snprintf(entry, sizeof entry,
+                  "\r\n[DOCUMENT]\r\nFile: M%07d.TXT\r\nComment: Report %d\r\nOrganisation: Org\r\n"
+                  "[MESSAGE]\r\nAssocFile:\r\nFormat: ASCII\r\nAccepted: 26-11-21 10:20:30\r\n"
+                  "Type: SEND\r\nStatus: OK\r\nUserStatus: Aw\r\nSubject: Report %d\r\n"
+                  "MsgType: FAX\r\nCustom: \r\n",
+                  i, i, i);
+    text += entry;
+  }
+  return text;
+}
+
 }  // namespace bench

@@ -27,21 +27,6 @@ void RemoveAllBut(const std::string& directory, const std::string& keep) {
     if (name != keep) os::RemoveFile((directory + name).c_str());
 }
 
-std::string ListOf(int entries) {
-  std::string text = "[VELOMAR]\r\nType: SendDir\r\nRevision: A\r\n";
-  char entry[600];
-  for (int i = 1; i <= entries; ++i) {
-    std::snprintf(entry, sizeof entry,
-                  "\r\n[DOCUMENT]\r\nFile: M%07d.TXT\r\nComment: Report %d\r\nOrganisation: Org\r\n"
-                  "[MESSAGE]\r\nAssocFile:\r\nFormat: ASCII\r\nAccepted: 26-11-21 10:20:30\r\n"
-                  "Type: SEND\r\nStatus: OK\r\nUserStatus: Aw\r\nSubject: Report %d\r\n"
-                  "MsgType: FAX\r\nCustom: \r\n",
-                  i, i, i);
-    text += entry;
-  }
-  return text;
-}
-
 // The median time of one submission into an out directory whose list is list.
 double MedianSubmission(VLHANDLE handle, const std::string& root, const std::string& list) {
   const std::string out = root + "USERS\\BENCH\\V-OUT\\", request = root + "REQUEST\\";
@@ -90,8 +75,8 @@ int main(int argc, char** argv) {
     std::fprintf(stderr, "cannot set up in %s\n", root.c_str());
     return 1;
   }
-  const double empty = MedianSubmission(handle, root, ListOf(0));
-  const double full = MedianSubmission(handle, root, ListOf(listed));
+  const double empty = MedianSubmission(handle, root, bench::MessageList(0));
+  const double full = MedianSubmission(handle, root, bench::MessageList(listed));
   std::printf("VlxSendSubmitFile of a one-page text message; median of %d runs\n", kRuns);
   std::printf("  empty out directory        %7.2f ms  %7.1f per second (goal >= 200)\n", empty,
               1000.0 / empty);

@@ -274,18 +274,15 @@ void WriteNameMarker(const std::string& directory, const std::string& name) {
                name.c_str());
 }
 
-VLRESULT SendSubmitFile(ApiSession& session, VLHANDLE handle, const char* submitPath,
-                        const char* prefix, char* bodyOut, std::string* submitted) {
-  if (!submitPath || !bodyOut) {
-    ReportNullArgument(&session, !submitPath ? "submit file" : "body");
+// Submits the first message of submit, read from its start: the control
+// file, the data files, the list entry and the request, or none of them.
+VLRESULT SendSubmitStream(ApiSession& session, VLHANDLE handle, FILE* submit, const char* prefix,
+                          char* bodyOut, std::string* submitted) {
+  if (!submit || !bodyOut) {
+    ReportNullArgument(&session, !submit ? "submit file" : "body");
     return VL_E_INVALID_PARAM;
   }
-  if (std::strlen(submitPath) > kMaxPathChars) return ReportFailure(&session, VL_E_INVALID_PARAM, "Submit file name too long");
-  para::Opened submit = para::OpenShared(submitPath, "rb");
-  if (!submit) {
-    ApiReportError(&session, "Unable to open file '%s'", submitPath);
-    return VL_E_FILE_OPEN_ERROR;
-  }
+  std::rewind(submit);
   char outDir[300];
   if (VLRESULT rc = VlxGetUserOutDir(handle, outDir, sizeof outDir)) {
     ApiReportError(&session, "VlxGetUserOutDir call failed");
@@ -322,12 +319,12 @@ VLRESULT SendSubmitFile(ApiSession& session, VLHANDLE handle, const char* submit
   std::memset(&info, 0, sizeof info);
   CopyBounded(info.Body, name);
   char extension[4] = {};
-  if (VLRESULT rc = CreateControlFile(session, submit.get(), control.get(), nullptr, extension,
+  if (VLRESULT rc = CreateControlFile(session, submit, control.get(), nullptr, extension,
                                       kFullInfoSize, &info)) {
     ApiReportError(&session, "%s", "Error interpreting %%[MESSAGE] section");
     return rc;
   }
-  if (VLRESULT rc = WriteDataFiles(session, submit.get(), directory, name, extension, &dataFiles))
+  if (VLRESULT rc = WriteDataFiles(session, submit, directory, name, extension, &dataFiles))
     return rc;
   const bool flushed = std::fflush(control.get()) == 0 && !std::ferror(control.get());
   if (std::fclose(control.file.release()) != 0 || !flushed) {
@@ -344,6 +341,21 @@ VLRESULT SendSubmitFile(ApiSession& session, VLHANDLE handle, const char* submit
   if (rc == VL_E_MSG_EXISTS) WriteNameMarker(directory, name);
   else if (rc != VL_E_SERVER_NOT_RUNNING) ApiReportError(&session, "Error submitting message to server");
   return rc;
+}
+
+VLRESULT SendSubmitFile(ApiSession& session, VLHANDLE handle, const char* submitPath,
+                        const char* prefix, char* bodyOut, std::string* submitted) {
+  if (!submitPath || !bodyOut) {
+    ReportNullArgument(&session, !submitPath ? "submit file" : "body");
+    return VL_E_INVALID_PARAM;
+  }
+  if (std::strlen(submitPath) > kMaxPathChars) return ReportFailure(&session, VL_E_INVALID_PARAM, "Submit file name too long");
+  para::Opened submit = para::OpenShared(submitPath, "rb");
+  if (!submit) {
+    ApiReportError(&session, "Unable to open file '%s'", submitPath);
+    return VL_E_FILE_OPEN_ERROR;
+  }
+  return SendSubmitStream(session, handle, submit.get(), prefix, bodyOut, submitted);
 }
 
 // The full record of a body name and comment given on their own, both
@@ -369,7 +381,28 @@ void TraceResult(VLHANDLE handle, const char* name, VLRESULT rc, const char* okT
   else ApiTrace(session.get(), "...%s - returned OK", name);
 }
 
+// The frame of a submit-file submission: the entry trace with the file's
+// name, and the closing trace with the body name or the error.
+template <typename Work>
+VLRESULT SubmitFrame(VLHANDLE handle, const char* name, Work&& work) {
+  CallFrame frame(handle, "VlxSendSubmitFile", UserRule::Needed);
+  frame.Enter("VlxSendSubmitFile - '%s'", name ? name : "(null)");
+  frame.OmitClosingTrace();
+  std::string submitted;
+  VLRESULT rc = frame.Run([&](ApiSession& session) { return work(session, &submitted); });
+  if (rc != VL_E_NOT_INIT && rc != VL_E_USER_NOT_INIT)
+    TraceResult(handle, "VlxSendSubmitFile", rc, rc ? nullptr : submitted.c_str());
+  return rc;
+}
+
 }  // namespace
+
+VLRESULT vl::SendOpenSubmitFile(VLHANDLE handle, FILE* submit, const char* name,
+                                const char* prefix, char* body) {
+  return SubmitFrame(handle, name, [&](ApiSession& session, std::string* submitted) {
+    return SendSubmitStream(session, handle, submit, prefix, body, submitted);
+  });
+}
 
 extern "C" {
 
@@ -423,16 +456,9 @@ VLRESULT VLAPI_CALL VlxSendMsg(VLHANDLE handle, const char* body, const char* ex
 
 VLRESULT VLAPI_CALL VlxSendSubmitFile(VLHANDLE handle, const char* submitFile, const char* prefix,
                                       char* body) {
-  CallFrame frame(handle, "VlxSendSubmitFile", UserRule::Needed);
-  frame.Enter("VlxSendSubmitFile - '%s'", submitFile ? submitFile : "(null)");
-  frame.OmitClosingTrace();
-  std::string submitted;
-  VLRESULT rc = frame.Run([&](ApiSession& session) {
-    return SendSubmitFile(session, handle, submitFile, prefix, body, &submitted);
+  return SubmitFrame(handle, submitFile, [&](ApiSession& session, std::string* submitted) {
+    return SendSubmitFile(session, handle, submitFile, prefix, body, submitted);
   });
-  if (rc != VL_E_NOT_INIT && rc != VL_E_USER_NOT_INIT)
-    TraceResult(handle, "VlxSendSubmitFile", rc, rc ? nullptr : submitted.c_str());
-  return rc;
 }
 
 VLRESULT VLAPI_CALL VlxVBSendSubmitFile(const char* userName, const char* submitFile,

@@ -1,5 +1,6 @@
 // Writing a message's control file from the submit file: shared by
-// VlxCreateCtlFileEx and VlxSendSubmitFile.
+// VlxCreateCtlFileEx and VlxSendSubmitFile; and the submission of a submit
+// file that the caller holds open.
 #pragma once
 
 #include <cstdio>
@@ -18,5 +19,11 @@ namespace vl {
 VLRESULT CreateControlFile(const ApiSession& session, FILE* submit, FILE* control,
                            const char* extension, char (&extensionOut)[4], uint16_t size,
                            VLMSGINFOEX* info);
+
+// VlxSendSubmitFile for a submit file already open for reading: the same
+// frame, traces, checks and files, the stream read from its start. name is
+// the file's name for the traces; body receives the body name (char[9]).
+VLRESULT SendOpenSubmitFile(VLHANDLE handle, FILE* submit, const char* name, const char* prefix,
+                            char* body);
 
 }  // namespace vl

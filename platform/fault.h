@@ -38,6 +38,7 @@ enum class Op {
   EventLog,
   LoadDirectory,
   Directory,
+  AccessCheck,
   Count
 };
 

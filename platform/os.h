@@ -75,6 +75,13 @@ int GetFileInfo(const char* path, FileInfo* info);
 // Tests whether the file exists and may be read (and written, when asked).
 int CheckAccess(const char* path, bool write);
 
+// Whether the caller is granted every right of desiredAccess (file rights,
+// generic rights mapped to them) on a directory by its security descriptor:
+// kOk, kAccessDenied, or the system error that kept the check from being
+// made. The caller is the thread's impersonation token when it has one, else
+// the process's own.
+int CheckDirectoryAccess(const char* path, uint32_t desiredAccess);
+
 // Creates a new empty file, failing when it exists; closes it at once.
 int CreateExclusive(const char* path);
 
@@ -123,13 +130,23 @@ void CloseEventLogSource(EventLogSource source);
 bool GetEnvironment(const char* name, std::string* value);
 std::string SystemErrorText(int error);
 
-enum class Hive { LocalMachine, CurrentUser };
+enum class Hive { LocalMachine, CurrentUser, ClassesRoot };
 // Reads a string value of at most capacity bytes (its NUL included); a
 // longer value is not read (kMoreData).
 int RegistryReadString(Hive hive, const char* key, const char* value, std::string* data,
                        size_t capacity);
 // Writes a string value under an existing key (the key is never created).
 int RegistryWriteString(Hive hive, const char* key, const char* value, const char* data);
+// Creates a key with any missing parents; an existing key is success.
+int RegistryCreateKey(Hive hive, const char* key);
+// Sets a string value (an empty name: the key's default value), creating the
+// key and any missing parents first.
+int RegistrySetString(Hive hive, const char* key, const char* value, const char* data);
+// Deletes a key with all its subkeys and values; a missing key is
+// kFileNotFound.
+int RegistryDeleteTree(Hive hive, const char* key);
+// kOk when the key exists, kFileNotFound when it does not.
+int RegistryCheckKey(Hive hive, const char* key);
 
 // Starts a detached process without a console; handles are not kept.
 int StartDetachedProcess(const char* application, const char* commandLine);

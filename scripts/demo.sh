@@ -3,7 +3,8 @@
 # simulator makes a sample fax tree and the per-user client configuration
 # naming it; the sample client starts the simulator through the library,
 # submits a fax to three recipients, follows it until it is sent, prints
-# the server's status and stops the simulator.
+# the server's status and stops the simulator; then the VBScript sample does
+# the same through the automation server.
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 "$root/scripts/setup.sh"
@@ -16,3 +17,9 @@ wine "$root/build/win/bin/vlsim.exe" --make-tree sample-tree --client-ini
 wine "$root/build/win/bin/sample_client.exe"
 # The day's message log, as the simulator recorded the demo message.
 wine "$root/build/win/bin/vlsim.exe" --message-log
+# The same loop from a script, through the automation server registered in
+# the private prefix, on a fresh tree.
+wine regsvr32 /s "$(winepath -w "$root/build/win/bin/Vlapi64.dll")"
+rm -rf sample-tree
+wine "$root/build/win/bin/vlsim.exe" --make-tree sample-tree --client-ini >/dev/null
+wine cscript //nologo "$(winepath -w "$root/samples/sample_client.vbs")"

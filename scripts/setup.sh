@@ -8,7 +8,7 @@ root=$(cd "$(dirname "$0")/.." && pwd)
 
 packages=(wine wine64 wine64-tools g++-mingw-w64-x86-64 mingw-w64-tools
           binutils-mingw-w64-x86-64 cmake ninja-build googletest g++
-          clang libclang-rt-dev slapd ldap-utils python3)
+          clang libclang-rt-dev slapd ldap-utils python3 libwine-dev)
 missing=()
 for package in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q "install ok installed" ||

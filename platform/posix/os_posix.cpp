@@ -15,6 +15,7 @@
 #include <cstring>
 #include <ctime>
 #include <map>
+#include <set>
 #include <thread>
 
 #include "platform/fault.h"
@@ -90,9 +91,27 @@ std::map<std::string, std::string>& Registry() {
   return values;
 }
 
-std::string RegistryName(Hive hive, const char* key, const char* value) {
-  std::string name = hive == Hive::LocalMachine ? "HKLM\\" : "HKCU\\";
+// The keys made by RegistryCreateKey and RegistrySetString, by the names of
+// RegistryKeyName.
+std::set<std::string>& RegistryKeys() {
+  static std::set<std::string> keys;
+  return keys;
+}
+
+std::string RegistryKeyName(Hive hive, const char* key) {
+  std::string name = hive == Hive::LocalMachine ? "HKLM\\"
+                     : hive == Hive::CurrentUser ? "HKCU\\"
+                                                 : "HKCR\\";
   for (const char* p = key; *p; ++p) name.push_back(Lower(*p));
+  return name;
+}
+
+bool StartsWith(const std::string& text, const std::string& prefix) {
+  return text.compare(0, prefix.size(), prefix) == 0;
+}
+
+std::string RegistryName(Hive hive, const char* key, const char* value) {
+  std::string name = RegistryKeyName(hive, key);
   name += "|";
   for (const char* p = value; *p; ++p) name.push_back(Lower(*p));
   return name;
@@ -165,6 +184,20 @@ int CheckAccess(const char* path, bool write) {
   std::string native = NativePath(path);
   return access(native.c_str(), write ? (R_OK | W_OK) : R_OK) == 0 ? kOk
                                                                    : ErrorFromErrno(errno, native);
+}
+
+int CheckDirectoryAccess(const char* path, uint32_t desiredAccess) {
+  if (int e = Injected(Op::AccessCheck)) return e;
+  // Rights that need reading, writing (changing or deleting anything) and
+  // traversing, generic ones included.
+  const uint32_t kRead = 0x1 | 0x8 | 0x80000000u | 0x10000000u;
+  const uint32_t kWrite = 0x2 | 0x4 | 0x10 | 0x40 | 0x100 | 0x10000 | 0x40000 | 0x80000 |
+                          0x40000000u | 0x10000000u;
+  const uint32_t kExecute = 0x20 | 0x20000000u | 0x10000000u;
+  int mode = ((desiredAccess & kRead) ? R_OK : 0) | ((desiredAccess & kWrite) ? W_OK : 0) |
+             ((desiredAccess & kExecute) ? X_OK : 0);
+  std::string native = NativePath(path);
+  return access(native.c_str(), mode ? mode : F_OK) == 0 ? kOk : ErrorFromErrno(errno, native);
 }
 
 int CreateExclusive(const char* path) {
@@ -326,6 +359,42 @@ int RegistryWriteString(Hive hive, const char* key, const char* value, const cha
   if (int e = Injected(Op::RegistryWrite)) return e;
   Registry()[RegistryName(hive, key, value)] = data;
   return kOk;
+}
+
+int RegistryCreateKey(Hive hive, const char* key) {
+  if (int e = Injected(Op::RegistryWrite)) return e;
+  const std::string name = RegistryKeyName(hive, key);
+  for (size_t end = name.find('\\', 5); end != std::string::npos; end = name.find('\\', end + 1))
+    RegistryKeys().insert(name.substr(0, end));
+  RegistryKeys().insert(name);
+  return kOk;
+}
+
+int RegistrySetString(Hive hive, const char* key, const char* value, const char* data) {
+  if (int e = RegistryCreateKey(hive, key)) return e;
+  Registry()[RegistryName(hive, key, value)] = data;
+  return kOk;
+}
+
+int RegistryDeleteTree(Hive hive, const char* key) {
+  if (int e = Injected(Op::RegistryWrite)) return e;
+  const std::string name = RegistryKeyName(hive, key);
+  bool found = RegistryKeys().erase(name) > 0;
+  for (auto it = RegistryKeys().begin(); it != RegistryKeys().end();)
+    it = StartsWith(*it, name + "\\") ? (found = true, RegistryKeys().erase(it)) : std::next(it);
+  for (auto it = Registry().begin(); it != Registry().end();)
+    it = StartsWith(it->first, name + "\\") || StartsWith(it->first, name + "|")
+             ? (found = true, Registry().erase(it))
+             : std::next(it);
+  return found ? kOk : kFileNotFound;
+}
+
+int RegistryCheckKey(Hive hive, const char* key) {
+  if (int e = Injected(Op::RegistryRead)) return e;
+  const std::string name = RegistryKeyName(hive, key);
+  if (RegistryKeys().count(name)) return kOk;
+  auto value = Registry().lower_bound(name + "|");
+  return value != Registry().end() && StartsWith(value->first, name + "|") ? kOk : kFileNotFound;
 }
 
 int StartDetachedProcess(const char*, const char*) {

@@ -4,6 +4,7 @@
 #include <io.h>
 
 #include <cstring>
+#include <vector>
 
 #include "platform/fault.h"
 #include "platform/native_event_log.h"
@@ -65,7 +66,32 @@ HANDLE StreamHandle(FILE* stream) {
 }
 
 HKEY HiveKey(Hive hive) {
-  return hive == Hive::LocalMachine ? HKEY_LOCAL_MACHINE : HKEY_CURRENT_USER;
+  switch (hive) {
+    case Hive::LocalMachine: return HKEY_LOCAL_MACHINE;
+    case Hive::CurrentUser: return HKEY_CURRENT_USER;
+    case Hive::ClassesRoot: return HKEY_CLASSES_ROOT;
+  }
+  return HKEY_CURRENT_USER;
+}
+
+int LastError() { return static_cast<int>(GetLastError()); }
+
+// The token that access is checked for: the thread's impersonation token
+// when it has one, else an impersonation copy of the process token (the
+// access check takes impersonation tokens only).
+int CallerToken(UniqueHandle* token) {
+  HANDLE raw = nullptr;
+  if (OpenThreadToken(GetCurrentThread(), TOKEN_QUERY | TOKEN_DUPLICATE, TRUE, &raw)) {
+    token->reset(raw);
+    return kOk;
+  }
+  if (GetLastError() != ERROR_NO_TOKEN) return LastError();
+  if (!OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY | TOKEN_DUPLICATE, &raw))
+    return LastError();
+  UniqueHandle processToken(raw);
+  if (!DuplicateToken(processToken.get(), SecurityImpersonation, &raw)) return LastError();
+  token->reset(raw);
+  return kOk;
 }
 
 int WithTrailingBackslash(const char* text, DWORD length, std::string* path) {
@@ -149,6 +175,36 @@ int CheckAccess(const char* path, bool write) {
   if (write && (attributes & FILE_ATTRIBUTE_READONLY) && !(attributes & FILE_ATTRIBUTE_DIRECTORY))
     return kAccessDenied;
   return kOk;
+}
+
+int CheckDirectoryAccess(const char* path, uint32_t desiredAccess) {
+  if (int e = Injected(Op::AccessCheck)) return e;
+  const SECURITY_INFORMATION parts =
+      OWNER_SECURITY_INFORMATION | GROUP_SECURITY_INFORMATION | DACL_SECURITY_INFORMATION;
+  DWORD needed = 0;
+  if (!GetFileSecurityA(path, parts, nullptr, 0, &needed) &&
+      GetLastError() != ERROR_INSUFFICIENT_BUFFER)
+    return LastError();
+  std::vector<unsigned char> descriptor(needed);
+  if (!GetFileSecurityA(path, parts, descriptor.data(), needed, &needed)) return LastError();
+  UniqueHandle token;
+  if (int e = CallerToken(&token)) return e;
+  GENERIC_MAPPING mapping = {FILE_GENERIC_READ, FILE_GENERIC_WRITE, FILE_GENERIC_EXECUTE,
+                             FILE_ALL_ACCESS};
+  DWORD desired = desiredAccess;
+  MapGenericMask(&desired, &mapping);
+  // Room for the privileges the check may report using.
+  union {
+    PRIVILEGE_SET set;
+    unsigned char room[sizeof(PRIVILEGE_SET) + 8 * sizeof(LUID_AND_ATTRIBUTES)];
+  } privileges;
+  DWORD privilegesLength = sizeof privileges;
+  DWORD granted = 0;
+  BOOL allowed = FALSE;
+  if (!AccessCheck(descriptor.data(), token.get(), desired, &mapping, &privileges.set,
+                   &privilegesLength, &granted, &allowed))
+    return LastError();
+  return allowed ? kOk : kAccessDenied;
 }
 
 int CreateExclusive(const char* path) {
@@ -370,6 +426,40 @@ int RegistryWriteString(Hive hive, const char* key, const char* value, const cha
   UniqueRegistryKey opened(raw);
   status = RegSetValueExA(opened.get(), value, 0, REG_SZ, reinterpret_cast<const BYTE*>(data),
                           static_cast<DWORD>(std::strlen(data) + 1));
+  return static_cast<int>(status);
+}
+
+int RegistryCreateKey(Hive hive, const char* key) {
+  if (int e = Injected(Op::RegistryWrite)) return e;
+  HKEY raw = nullptr;
+  LONG status = RegCreateKeyExA(HiveKey(hive), key, 0, nullptr, REG_OPTION_NON_VOLATILE,
+                                KEY_WRITE, nullptr, &raw, nullptr);
+  UniqueRegistryKey created(raw);
+  return static_cast<int>(status);
+}
+
+int RegistrySetString(Hive hive, const char* key, const char* value, const char* data) {
+  if (int e = Injected(Op::RegistryWrite)) return e;
+  HKEY raw = nullptr;
+  LONG status = RegCreateKeyExA(HiveKey(hive), key, 0, nullptr, REG_OPTION_NON_VOLATILE,
+                                KEY_WRITE, nullptr, &raw, nullptr);
+  if (status != ERROR_SUCCESS) return static_cast<int>(status);
+  UniqueRegistryKey created(raw);
+  status = RegSetValueExA(created.get(), value, 0, REG_SZ, reinterpret_cast<const BYTE*>(data),
+                          static_cast<DWORD>(std::strlen(data) + 1));
+  return static_cast<int>(status);
+}
+
+int RegistryDeleteTree(Hive hive, const char* key) {
+  if (int e = Injected(Op::RegistryWrite)) return e;
+  return static_cast<int>(RegDeleteTreeA(HiveKey(hive), key));
+}
+
+int RegistryCheckKey(Hive hive, const char* key) {
+  if (int e = Injected(Op::RegistryRead)) return e;
+  HKEY raw = nullptr;
+  LONG status = RegOpenKeyExA(HiveKey(hive), key, 0, KEY_READ, &raw);
+  UniqueRegistryKey opened(raw);
   return static_cast<int>(status);
 }
 

@@ -13,6 +13,7 @@ inline void CloseFindHandle(HANDLE h) { ::FindClose(h); }
 inline void CloseRegistryKey(HKEY k) { ::RegCloseKey(k); }
 inline void UnloadModule(HMODULE m) { ::FreeLibrary(m); }
 inline void ReleaseBstr(BSTR s) { ::SysFreeString(s); }
+inline void DestroySafeArray(SAFEARRAY* a) { ::SafeArrayDestroy(a); }
 
 OS_RESOURCE_TRAITS(FileHandleTraits, HANDLE, INVALID_HANDLE_VALUE, CloseFileHandle);
 OS_RESOURCE_TRAITS(KernelHandleTraits, HANDLE, nullptr, CloseFileHandle);
@@ -20,6 +21,7 @@ OS_RESOURCE_TRAITS(FindHandleTraits, HANDLE, INVALID_HANDLE_VALUE, CloseFindHand
 OS_RESOURCE_TRAITS(RegistryKeyTraits, HKEY, nullptr, CloseRegistryKey);
 OS_RESOURCE_TRAITS(ModuleTraits, HMODULE, nullptr, UnloadModule);
 OS_RESOURCE_TRAITS(BstrTraits, BSTR, nullptr, ReleaseBstr);
+OS_RESOURCE_TRAITS(SafeArrayTraits, SAFEARRAY*, nullptr, DestroySafeArray);
 
 using UniqueFileHandle = UniqueResource<FileHandleTraits>;
 using UniqueHandle = UniqueResource<KernelHandleTraits>;
@@ -27,6 +29,36 @@ using UniqueFindHandle = UniqueResource<FindHandleTraits>;
 using UniqueRegistryKey = UniqueResource<RegistryKeyTraits>;
 using UniqueModule = UniqueResource<ModuleTraits>;
 using UniqueBstr = UniqueResource<BstrTraits>;
+using UniqueSafeArray = UniqueResource<SafeArrayTraits>;
+
+// Owns one VARIANT, cleared when dropped.
+class UniqueVariant {
+ public:
+  UniqueVariant() { ::VariantInit(&value_); }
+  UniqueVariant(UniqueVariant&& other) noexcept : value_(other.value_) { ::VariantInit(&other.value_); }
+  UniqueVariant& operator=(UniqueVariant&& other) noexcept {
+    if (this != &other) {
+      ::VariantClear(&value_);
+      value_ = other.value_;
+      ::VariantInit(&other.value_);
+    }
+    return *this;
+  }
+  UniqueVariant(const UniqueVariant&) = delete;
+  UniqueVariant& operator=(const UniqueVariant&) = delete;
+  ~UniqueVariant() { ::VariantClear(&value_); }
+
+  VARIANT* get() { return &value_; }
+  const VARIANT* get() const { return &value_; }
+  // The variant to receive a new value, the old one cleared.
+  VARIANT* put() {
+    ::VariantClear(&value_);
+    return &value_;
+  }
+
+ private:
+  VARIANT value_;
+};
 
 // Owns one reference to a COM interface.
 template <typename T>
@@ -51,6 +83,8 @@ class ComPtr {
     return &p_;
   }
   void** put_void() { return reinterpret_cast<void**>(put()); }
+  // Hands the reference over to the caller.
+  T* detach() { return std::exchange(p_, nullptr); }
   void reset(T* p = nullptr) {
     if (T* old = std::exchange(p_, p)) old->Release();
   }

@@ -1,0 +1,71 @@
+// The in-process server's entry points and the class factory of VlAPI, the
+// one class that clients can create.
+#include <windows.h>
+
+#include <atomic>
+#include <new>
+
+#include "automation/module.h"
+#include "automation/registration.h"
+#include "automation/vl_api.h"
+#include "vllib.h"
+
+namespace vlauto {
+namespace {
+
+class VlApiFactory final : public IClassFactory {
+ public:
+  STDMETHODIMP QueryInterface(REFIID iid, void** out) override {
+    if (!out) return E_POINTER;
+    if (!IsEqualIID(iid, IID_IUnknown) && !IsEqualIID(iid, IID_IClassFactory)) {
+      *out = nullptr;
+      return E_NOINTERFACE;
+    }
+    *out = static_cast<IClassFactory*>(this);
+    AddRef();
+    return S_OK;
+  }
+  // The factory is static: its references keep nothing alive.
+  STDMETHODIMP_(ULONG) AddRef() override { return 2; }
+  STDMETHODIMP_(ULONG) Release() override { return 1; }
+
+  STDMETHODIMP CreateInstance(IUnknown* outer, REFIID iid, void** out) override {
+    if (!out) return E_POINTER;
+    *out = nullptr;
+    if (outer) return CLASS_E_NOAGGREGATION;
+    return CreateVlApi(iid, out);
+  }
+  STDMETHODIMP LockServer(BOOL lock) override {
+    vlauto::LockServer(lock != FALSE);
+    return S_OK;
+  }
+};
+
+VlApiFactory factory;
+
+}  // namespace
+}  // namespace vlauto
+
+extern "C" {
+
+STDAPI DllGetClassObject(REFCLSID clsid, REFIID iid, void** out) {
+  if (!out) return E_POINTER;
+  *out = nullptr;
+  if (!IsEqualCLSID(clsid, CLSID_VlAPI)) return CLASS_E_CLASSNOTAVAILABLE;
+  return vlauto::factory.QueryInterface(iid, out);
+}
+
+STDAPI DllCanUnloadNow() { return vlauto::CanUnload() ? S_OK : S_FALSE; }
+
+STDAPI DllRegisterServer() { return vlauto::RegisterServer(); }
+
+STDAPI DllUnregisterServer() { return vlauto::UnregisterServer(); }
+
+// The type information goes with the module when a client unloads it; at
+// process exit nothing is released.
+BOOL WINAPI DllMain(HINSTANCE, DWORD reason, LPVOID reserved) {
+  if (reason == DLL_PROCESS_DETACH && !reserved) vlauto::ReleaseTypeInformation();
+  return TRUE;
+}
+
+}  // extern "C"

@@ -1,0 +1,135 @@
+' needs: simulator. A message composed with every property, sent and
+' followed through the Outbox until the server has completed it; hold,
+' release and abort; the server's status, devices and lists; For Each over
+' every kind of collection.
+Option Explicit
+
+' Waits ms milliseconds; a host without WScript.Sleep (Wine's) waits busily.
+Sub Pause(ms)
+  Dim stopAt
+  On Error Resume Next
+  WScript.Sleep ms
+  If Err.Number <> 0 Then
+    Err.Clear
+    stopAt = Timer + ms / 1000
+    Do While Timer < stopAt
+    Loop
+  End If
+End Sub
+Dim tree, api, session, server, info, item, message, body, held, aborted, fso, document
+
+tree = WScript.Arguments(0)
+Set api = CreateObject("Vlapi32.VlAPI")
+api.SetVelomarDirs tree & "\SERVER", tree & "\SYSTEM", tree & "\USERS", tree & "\REQUEST"
+api.SetTempDir tree & "\USERS\JSMITH\V-DB"
+Set session = api.Logon("JSMITH", False)
+Set server = session.Server
+WScript.Echo "Server running: " & server.Check
+
+' Waits until the message reaches status, or 30 s have gone.
+Function WaitFor(body, status)
+  Dim deadline, current
+  deadline = DateAdd("s", 30, Now)
+  Do
+    current = session.Outbox.GetMsg(body).GetMsgInfo.Status
+    If current = status Or Now > deadline Then Exit Do
+    Pause 50
+  Loop
+  WaitFor = current
+End Function
+
+Set fso = CreateObject("Scripting.FileSystemObject")
+document = tree & "\NOTE.TXT"
+fso.CreateTextFile(document).WriteLine "A document sent as a file."
+
+Set message = session.CreateNewMsg
+WScript.Echo "Defaults: from """ & message.From & """, priority " & message.Priority & _
+  ", quality " & message.Quality & ", send time " & message.SendTime
+message.Subject = "Every property"
+message.Comment = "comment"
+message.CustomField = "custom"
+message.Text = "The text part."
+message.Covertext = "Cover text."
+message.From = "Script"
+message.Charge = "CC-7"
+message.User = "JSMITH"
+message.Letterhead = "COMPANY"
+message.CoverSheet = "STANDARD"
+message.Priority = 3
+message.Quality = 1
+message.Format = 1
+message.Header = 31
+message.SendTime = 1
+message.Hold = False
+message.Preview = False
+message.Broadcast = False
+message.Delete = False
+message.Recipients.AddFaxRecipient "Ann Archer", "Archer & Co", "02015550101"
+message.Recipients.AddFaxRecipient("Bob Baker", "", "02015550102").Custom = "B-1"
+message.Attachments.Add "REPORT.PDF"
+message.Files.Add document
+For Each item In message.Recipients
+  WScript.Echo "  recipient " & item.To & " | " & item.Organisation & " | " & item.Fax & _
+    " | type " & item.Type & " | " & item.Custom
+Next
+For Each item In message.Attachments
+  WScript.Echo "  attachment " & item.Name
+Next
+For Each item In message.Files
+  WScript.Echo "  file " & Replace(item.FileName, tree, "TREE")
+Next
+message.Send
+body = message.Body
+WScript.Echo "Sent " & body & ", reached status " & WaitFor(body, 30)
+
+For Each item In session.Outbox.GetMsgList
+  Set info = item.GetMsgInfo
+  WScript.Echo "Outbox: " & info.Body & " status " & info.Status & " | " & info.Subject & _
+    " | " & info.Comment & " | " & info.CustomField & " | type " & info.Type
+Next
+Set info = session.Outbox.GetMsg(body).GetMsgInfo
+For Each item In info.Attachments
+  WScript.Echo "  attachment " & item.Name
+Next
+WScript.Echo "  files " & info.Files.Count
+For Each item In session.Outbox.GetMsg(body).GetMsgRecipients
+  WScript.Echo "  recipient " & item.To & " | " & item.Fax & " | status " & item.Status
+Next
+For Each item In session.Outbox.GetMsg(body).GetMsgHistories
+  WScript.Echo "  history event " & item.Event & " | " & item.Name & " | pages " & item.PagesSent
+Next
+
+Set message = session.CreateNewMsg
+message.Subject = "Held"
+message.Hold = True
+message.Recipients.AddFaxRecipient "Carol Clark", "", "02015550103"
+message.Send
+held = message.Body
+WScript.Echo "Held message: status " & WaitFor(held, 2)
+session.Outbox.GetMsg(held).ReleaseMsg
+WScript.Echo "Released: status " & WaitFor(held, 30)
+message.Subject = "Aborted"
+message.Send
+aborted = message.Body
+WScript.Echo "Second held message: status " & WaitFor(aborted, 2)
+session.Outbox.GetMsg(aborted).AbortMsg
+WScript.Echo "Aborted: status " & WaitFor(aborted, 31)
+WScript.Echo "Outbox holds " & session.Outbox.GetMsgList.Count & " messages"
+
+Set info = server.GetServerInfo
+WScript.Echo "Devices " & info.Devices.Count & " of " & info.MaxDevices & ", links " & info.Links.Count
+For Each item In info.Devices
+  WScript.Echo "  device " & item.Name & " status " & item.Status
+Next
+For Each item In info.Coversheets
+  WScript.Echo "  coversheet " & item.Name
+Next
+For Each item In info.Letterheads
+  WScript.Echo "  letterhead " & item.Name
+Next
+server.Stop
+Do While server.Check
+  Pause 50
+Loop
+WScript.Echo "Server running: " & server.Check
+session.Logoff
