@@ -5,6 +5,7 @@
 #include <atomic>
 #include <new>
 
+#include "automation/dispatch_object.h"
 #include "automation/module.h"
 #include "automation/registration.h"
 #include "automation/vl_api.h"
@@ -55,17 +56,20 @@ STDAPI DllGetClassObject(REFCLSID clsid, REFIID iid, void** out) {
   return vlauto::factory.QueryInterface(iid, out);
 }
 
-STDAPI DllCanUnloadNow() { return vlauto::CanUnload() ? S_OK : S_FALSE; }
+// With nothing alive the type information is let go here, outside the
+// loader lock; a later object loads it again.
+STDAPI DllCanUnloadNow() {
+  if (!vlauto::CanUnload()) return S_FALSE;
+  vlauto::ReleaseTypeInformation();
+  return S_OK;
+}
 
-STDAPI DllRegisterServer() { return vlauto::RegisterServer(); }
+STDAPI DllRegisterServer() {
+  return vlauto::Guarded([] { return vlauto::RegisterServer(); });
+}
 
-STDAPI DllUnregisterServer() { return vlauto::UnregisterServer(); }
-
-// The type information goes with the module when a client unloads it; at
-// process exit nothing is released.
-BOOL WINAPI DllMain(HINSTANCE, DWORD reason, LPVOID reserved) {
-  if (reason == DLL_PROCESS_DETACH && !reserved) vlauto::ReleaseTypeInformation();
-  return TRUE;
+STDAPI DllUnregisterServer() {
+  return vlauto::Guarded([] { return vlauto::UnregisterServer(); });
 }
 
 }  // extern "C"

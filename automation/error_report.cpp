@@ -32,17 +32,22 @@ void DescribeError(HRESULT hr, uint16_t code, char (&text)[512]) {
     std::snprintf(text, sizeof text, "Unknown error 0x%0lX", static_cast<unsigned long>(value));
 }
 
-HRESULT ReportError(HRESULT hr, uint16_t code, REFIID iid, const char* source) {
+HRESULT ReportError(HRESULT hr, uint16_t code, REFIID iid, const char* source) noexcept {
   if (hr >= 0) return hr;
-  char description[512];
-  DescribeError(hr, code, description);
-  os::ComPtr<ICreateErrorInfo> creator;
-  if (FAILED(CreateErrorInfo(creator.put()))) return hr;
-  creator->SetGUID(iid);
-  creator->SetSource(const_cast<LPOLESTR>(Widen(source).c_str()));
-  creator->SetDescription(const_cast<LPOLESTR>(Widen(description).c_str()));
-  os::ComPtr<IErrorInfo> info;
-  if (SUCCEEDED(creator->QueryInterface(IID_IErrorInfo, info.put_void()))) SetErrorInfo(0, info.get());
+  try {
+    char description[512];
+    DescribeError(hr, code, description);
+    os::ComPtr<ICreateErrorInfo> creator;
+    if (FAILED(CreateErrorInfo(creator.put()))) return hr;
+    creator->SetGUID(iid);
+    creator->SetSource(const_cast<LPOLESTR>(Widen(source).c_str()));
+    creator->SetDescription(const_cast<LPOLESTR>(Widen(description).c_str()));
+    os::ComPtr<IErrorInfo> info;
+    if (SUCCEEDED(creator->QueryInterface(IID_IErrorInfo, info.put_void())))
+      SetErrorInfo(0, info.get());
+  } catch (...) {
+    // Without memory for the texts the failure goes without its record.
+  }
   return hr;
 }
 

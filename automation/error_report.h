@@ -19,7 +19,7 @@ inline HRESULT FromResultCode(VLRESULT code) {
 // Makes a failing hr the thread's error information: the interface iid, the
 // source (such as "IVlAPI::Logon()") and the description of code (when not
 // 0) or of hr, from the library's message table or the system's. Returns hr.
-HRESULT ReportError(HRESULT hr, uint16_t code, REFIID iid, const char* source);
+HRESULT ReportError(HRESULT hr, uint16_t code, REFIID iid, const char* source) noexcept;
 
 // Reports a non-zero result code as its automation error; 0 gives S_OK.
 inline HRESULT ReportResult(VLRESULT code, REFIID iid, const char* source) {

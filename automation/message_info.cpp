@@ -123,11 +123,16 @@ HRESULT CMessageInfo::Init(const VLMSGINFOEX* record) {
     ApiTraceHandle(handle_, "CMessageInfo::Init() - Body is NULL");
     return E_INVALIDARG;
   }
+  // A message of a listing describes the listing's snapshot: its record is
+  // the one read then, and its file names are read when first asked for, so
+  // that a walk over a long listing reads no file per message.
   if (record) {
     record_ = *record;
     return S_OK;
   }
-  return FromResultCode(VlxGetMsgInfoEx(handle_, folder_, body_.c_str(), sizeof record_, &record_));
+  if (VLRESULT rc = VlxGetMsgInfoEx(handle_, folder_, body_.c_str(), sizeof record_, &record_))
+    return FromResultCode(rc);
+  return ReadFileNames("IVlMsg::GetMsgInfo()");
 }
 
 HRESULT CMessageInfo::ReadFileNames(const char* source) {

@@ -38,11 +38,13 @@ class Lines {
  public:
   explicit Lines(std::string* out) : out_(out) {}
   // keyword, then ": " and the value; an empty value with blank false
-  // leaves the keyword alone ("AFTER:").
+  // leaves the keyword alone ("AFTER:"). A line break inside the value
+  // becomes a blank: it would otherwise start keyword lines of its own.
   void Add(const char* keyword, const std::string& value, bool blank = true) {
     *out_ += keyword;
     *out_ += ':';
-    if (blank || !value.empty()) (*out_ += ' ') += value;
+    if (blank || !value.empty()) *out_ += ' ';
+    for (char c : value) *out_ += c == '\r' || c == '\n' ? ' ' : c;
     *out_ += "\r\n";
   }
   void AddIfSet(const char* keyword, const std::string& value) {

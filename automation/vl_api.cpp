@@ -29,7 +29,9 @@ class VlApi final : public DispatchObject<IVlAPI> {
     if (!out) return E_POINTER;
     *out = nullptr;
     loggedOn_ = 1;
-    return LogonUserSession(userName, exclusive, autoTempDirectory_, "IVlAPI::Logon()", out);
+    return Guarded([&] {
+      return LogonUserSession(userName, exclusive, autoTempDirectory_, "IVlAPI::Logon()", out);
+    });
   }
 
   STDMETHODIMP LogonAnonymous(IVlUserSession** out) override {
@@ -38,8 +40,10 @@ class VlApi final : public DispatchObject<IVlAPI> {
     loggedOn_ = 1;
     os::UniqueBstr empty(SysAllocString(L""));
     if (!empty) return E_OUTOFMEMORY;
-    return LogonUserSession(empty.get(), VARIANT_FALSE, autoTempDirectory_,
-                            "IVlAPI::LogonAnonymous()", out);
+    return Guarded([&] {
+      return LogonUserSession(empty.get(), VARIANT_FALSE, autoTempDirectory_,
+                              "IVlAPI::LogonAnonymous()", out);
+    });
   }
 
   STDMETHODIMP get_Version(BSTR* out) override {
@@ -171,7 +175,7 @@ STDMETHODIMP VlApi::GetVelomarServersFromAD(VARIANT* out) {
   if (!out) return E_POINTER;
   VariantInit(out);
   return Guarded([&] {
-    constexpr int16_t kListBytes = 32767;
+    constexpr int16_t kListBytes = 1000;
     std::string names(kListBytes, '\0');
     if (VLRESULT rc = vl::GetServersFromDirectory(names.data(), kListBytes, 0))
       return ReportResult(rc, __uuidof(IVlAPI), "IVlAPI::GetVelomarServersFromAD()");

@@ -76,21 +76,33 @@ HKEY HiveKey(Hive hive) {
 
 int LastError() { return static_cast<int>(GetLastError()); }
 
-// The token that access is checked for: the thread's impersonation token
-// when it has one, else an impersonation copy of the process token (the
-// access check takes impersonation tokens only).
-int CallerToken(UniqueHandle* token) {
+// An impersonation copy of the process token (the access check takes
+// impersonation tokens only), or the system error of making one.
+int CopyProcessToken(UniqueHandle* token) {
   HANDLE raw = nullptr;
-  if (OpenThreadToken(GetCurrentThread(), TOKEN_QUERY | TOKEN_DUPLICATE, TRUE, &raw)) {
-    token->reset(raw);
-    return kOk;
-  }
-  if (GetLastError() != ERROR_NO_TOKEN) return LastError();
   if (!OpenProcessToken(GetCurrentProcess(), TOKEN_QUERY | TOKEN_DUPLICATE, &raw))
     return LastError();
   UniqueHandle processToken(raw);
   if (!DuplicateToken(processToken.get(), SecurityImpersonation, &raw)) return LastError();
   token->reset(raw);
+  return kOk;
+}
+
+// The token that access is checked for: the thread's impersonation token
+// when it has one (held in threadToken), else the copy of the process token,
+// made once since the process's identity does not change.
+int CallerToken(UniqueHandle* threadToken, HANDLE* token) {
+  HANDLE raw = nullptr;
+  if (OpenThreadToken(GetCurrentThread(), TOKEN_QUERY | TOKEN_DUPLICATE, TRUE, &raw)) {
+    threadToken->reset(raw);
+    *token = raw;
+    return kOk;
+  }
+  if (GetLastError() != ERROR_NO_TOKEN) return LastError();
+  static UniqueHandle processCopy;
+  static const int made = CopyProcessToken(&processCopy);
+  if (made != kOk) return made;
+  *token = processCopy.get();
   return kOk;
 }
 
@@ -181,14 +193,18 @@ int CheckDirectoryAccess(const char* path, uint32_t desiredAccess) {
   if (int e = Injected(Op::AccessCheck)) return e;
   const SECURITY_INFORMATION parts =
       OWNER_SECURITY_INFORMATION | GROUP_SECURITY_INFORMATION | DACL_SECURITY_INFORMATION;
+  // Most descriptors fit the first buffer; a larger one is asked for again.
+  std::vector<unsigned char> descriptor(1024);
   DWORD needed = 0;
-  if (!GetFileSecurityA(path, parts, nullptr, 0, &needed) &&
-      GetLastError() != ERROR_INSUFFICIENT_BUFFER)
-    return LastError();
-  std::vector<unsigned char> descriptor(needed);
-  if (!GetFileSecurityA(path, parts, descriptor.data(), needed, &needed)) return LastError();
-  UniqueHandle token;
-  if (int e = CallerToken(&token)) return e;
+  while (!GetFileSecurityA(path, parts, descriptor.data(), static_cast<DWORD>(descriptor.size()),
+                           &needed)) {
+    if (GetLastError() != ERROR_INSUFFICIENT_BUFFER || needed <= descriptor.size())
+      return LastError();
+    descriptor.resize(needed);
+  }
+  UniqueHandle threadToken;
+  HANDLE token = nullptr;
+  if (int e = CallerToken(&threadToken, &token)) return e;
   GENERIC_MAPPING mapping = {FILE_GENERIC_READ, FILE_GENERIC_WRITE, FILE_GENERIC_EXECUTE,
                              FILE_ALL_ACCESS};
   DWORD desired = desiredAccess;
@@ -201,7 +217,7 @@ int CheckDirectoryAccess(const char* path, uint32_t desiredAccess) {
   DWORD privilegesLength = sizeof privileges;
   DWORD granted = 0;
   BOOL allowed = FALSE;
-  if (!AccessCheck(descriptor.data(), token.get(), desired, &mapping, &privileges.set,
+  if (!AccessCheck(descriptor.data(), token, desired, &mapping, &privileges.set,
                    &privilegesLength, &granted, &allowed))
     return LastError();
   return allowed ? kOk : kAccessDenied;

@@ -2,19 +2,6 @@
 ' final state (OK or failed), then prints the count of each state.
 '   cscript //nologo final_states.vbs TREE SECONDS
 Option Explicit
-
-' Waits ms milliseconds; a host without WScript.Sleep (Wine's) waits busily.
-Sub Pause(ms)
-  Dim stopAt
-  On Error Resume Next
-  WScript.Sleep ms
-  If Err.Number <> 0 Then
-    Err.Clear
-    stopAt = Timer + ms / 1000
-    Do While Timer < stopAt
-    Loop
-  End If
-End Sub
 Dim tree, api, session, deadline, pending, states, message, status
 tree = WScript.Arguments(0)
 Set api = CreateObject("Vlapi32.VlAPI")
@@ -30,7 +17,6 @@ Do
     If status <> 30 And status <> 31 Then pending = pending + 1
   Next
   If pending = 0 Or Now > deadline Then Exit Do
-  Pause 500
 Loop
 For Each status In states.Keys
   WScript.Echo "status " & status & ": " & states(status)

@@ -1,7 +1,7 @@
 ' The error convention as a script sees it: the number, source and
 ' description of each failure, and sessions that have no user.
 Option Explicit
-Dim tree, api, session, anonymous, message, value
+Dim tree, api, session, anonymous, message, value, outbox, server, other
 tree = WScript.Arguments(0)
 
 Sub Show(what)
@@ -36,7 +36,15 @@ Set message = anonymous.CreateNewMsg: Show "anonymous CreateNewMsg"
 Set value = anonymous.Outbox: Show "anonymous Outbox"
 Set value = anonymous.Server: Show "anonymous Server"
 Set message = session.CreateNewMsg
+Set outbox = session.Outbox
+Set server = session.Server
 message.Recipients.AddFaxRecipient "", "Org", "": Show "AddFaxRecipient with no name or number"
+Set value = message.Recipients.Item(Empty): Show "Item(Empty) of no recipients"
+message.Recipients.AddFaxRecipient String(100000, "R"), "", "0101"
+WScript.Echo "  a 100000-character name kept whole: " & Len(message.Recipients(0).To)
+Set value = message.Recipients.Item(Null): Show "Item(Null)"
+Set value = message.Recipients.Item(1E+20): Show "Item(1E+20)"
+Set value = message.Recipients.Item(api): Show "Item(an object)"
 Set value = message.Recipients.Item("abc"): Show "Recipients.Item(""abc"")"
 Set value = message.Recipients.Item(5): Show "Recipients.Item(5)"
 message.Files.Add "": Show "Files.Add """""
@@ -46,5 +54,13 @@ session.Logoff: Show "Logoff again"
 value = session.UserArea: Show "UserArea after Logoff"
 value = session.SystemArea: Show "SystemArea after Logoff"
 message.Send: Show "Send after Logoff"
+Set value = outbox.GetMsgList: Show "Outbox kept after Logoff"
+value = server.Check: Show "Server kept after Logoff"
 value = api.VelomarServer: Show "VelomarServer"
 WScript.Echo "  selected server """ & value & """"
+Set other = CreateObject("Vlapi32.VlAPI")
+other.SetVelomarDirs String(10000, "S"), String(10000, "Y"), String(10000, "U"), String(10000, "R")
+Show "SetVelomarDirs with 10000-character directories"
+WScript.Echo "  kept: " & Len(other.ServerDir) & " " & Len(other.SystemDir) & " " & _
+  Len(other.UsersDir) & " " & Len(other.RequestDir)
+other.SetTempDir String(10000, "T"): Show "SetTempDir with 10000 characters"

@@ -9,6 +9,7 @@
 # A script whose first line contains "needs: simulator" runs while the fax
 # server simulator serves that tree; the script stops it (Server.Stop), or
 # it is ended here. The server must be registered in the prefix already.
+# With VLAPI_UPDATE_EXPECTED=1 the output becomes the expected lines.
 set -uo pipefail
 bin=${1:?BIN_DIR}
 script=${2:?SCRIPT}
@@ -42,6 +43,7 @@ fi
 
 # The tree's path, as the script may print it, and line ends made plain.
 sed -e "s|$(printf '%s' "$tree" | sed 's/[\\.&|]/\\&/g')|TREE|g" -e 's/\r$//' "$work/out" >"$work/actual"
+[ "${VLAPI_UPDATE_EXPECTED:-0}" = 1 ] && cp "$work/actual" "$expected"
 if ! diff -u "$expected" "$work/actual"; then
   echo "FAILED: output of $(basename "$script") differs (cscript exit $status)"
   exit 1

@@ -3,19 +3,6 @@
 ' release and abort; the server's status, devices and lists; For Each over
 ' every kind of collection.
 Option Explicit
-
-' Waits ms milliseconds; a host without WScript.Sleep (Wine's) waits busily.
-Sub Pause(ms)
-  Dim stopAt
-  On Error Resume Next
-  WScript.Sleep ms
-  If Err.Number <> 0 Then
-    Err.Clear
-    stopAt = Timer + ms / 1000
-    Do While Timer < stopAt
-    Loop
-  End If
-End Sub
 Dim tree, api, session, server, info, item, message, body, held, aborted, fso, document
 
 tree = WScript.Arguments(0)
@@ -33,7 +20,6 @@ Function WaitFor(body, status)
   Do
     current = session.Outbox.GetMsg(body).GetMsgInfo.Status
     If current = status Or Now > deadline Then Exit Do
-    Pause 50
   Loop
   WaitFor = current
 End Function
@@ -129,7 +115,6 @@ For Each item In info.Letterheads
 Next
 server.Stop
 Do While server.Check
-  Pause 50
 Loop
 WScript.Echo "Server running: " & server.Check
 session.Logoff
