@@ -17,14 +17,7 @@ namespace {
 class VlApiFactory final : public IClassFactory {
  public:
   STDMETHODIMP QueryInterface(REFIID iid, void** out) override {
-    if (!out) return E_POINTER;
-    if (!IsEqualIID(iid, IID_IUnknown) && !IsEqualIID(iid, IID_IClassFactory)) {
-      *out = nullptr;
-      return E_NOINTERFACE;
-    }
-    *out = static_cast<IClassFactory*>(this);
-    AddRef();
-    return S_OK;
+    return QueryOneInterface<IClassFactory>(this, iid, out);
   }
   // The factory is static: its references keep nothing alive.
   STDMETHODIMP_(ULONG) AddRef() override { return 2; }

@@ -28,4 +28,17 @@ HRESULT GetInterfaceTypeInfo(REFIID iid, ITypeInfo** info);
 // Lets go the type library and every cached type information.
 void ReleaseTypeInformation();
 
+// QueryInterface of an object that offers IUnknown and the one interface I.
+template <typename I>
+HRESULT QueryOneInterface(I* self, REFIID iid, void** out) {
+  if (!out) return E_POINTER;
+  if (!IsEqualIID(iid, IID_IUnknown) && !IsEqualIID(iid, __uuidof(I))) {
+    *out = nullptr;
+    return E_NOINTERFACE;
+  }
+  self->AddRef();
+  *out = self;
+  return S_OK;
+}
+
 }  // namespace vlauto

@@ -1,26 +1,17 @@
 // A late-bound client compiled against the dispatch identifiers alone: it
 // creates the registered server by its ProgID and never reads the type
 // library or asks for a name.
-#include <windows.h>
-
-#include <gtest/gtest.h>
-
 #include <string>
 #include <vector>
 
-#include "tests/support/test_support.h"
+#include "tests/automation/automation_test_support.h"
 
 namespace {
-
-struct ComApartment {
-  ComApartment() { CoInitialize(nullptr); }
-  ~ComApartment() { CoUninitialize(); }
-};
 
 VARIANT Text(const std::string& text) {
   VARIANT value;
   V_VT(&value) = VT_BSTR;
-  V_BSTR(&value) = SysAllocString(std::wstring(text.begin(), text.end()).c_str());
+  V_BSTR(&value) = SysAllocString(vltest::Wide(text).c_str());
   return value;
 }
 
@@ -41,12 +32,12 @@ HRESULT Call(IDispatch* object, DISPID id, WORD flags, std::vector<VARIANT> argu
   return hr;
 }
 
-TEST(DispatchClientTest, ReachesNewMessageBodyAndServerInfoByIdentifier) {
+TEST(DispatchClientTest, ReachesMembersByIdentifierAndMayUnloadOnceAllIsReleased) {
   vltest::Scratch scratch;
   vltest::FaxTree tree(scratch);
   tree.AddUser("JSMITH");
   tree.PrepareSender("JSMITH");
-  ComApartment apartment;
+  vltest::ComApartment apartment;
   CLSID clsid;
   ASSERT_EQ(CLSIDFromProgID(L"Vlapi32.VlAPI", &clsid), S_OK);
   IDispatch* api = nullptr;
@@ -89,9 +80,22 @@ TEST(DispatchClientTest, ReachesNewMessageBodyAndServerInfoByIdentifier) {
       << std::hex << error;
   for (BSTR dir : dirs) SysFreeString(dir);
 
+  // Every object let go, the server may be unloaded; not before.
+  using CanUnloadNow = HRESULT(STDAPICALLTYPE*)();
+  auto canUnloadNow = reinterpret_cast<CanUnloadNow>(reinterpret_cast<void*>(
+      GetProcAddress(GetModuleHandleA("Vlapi64.dll"), "DllCanUnloadNow")));
+  ASSERT_NE(canUnloadNow, nullptr);
+  ASSERT_EQ(Call(message, 2, DISPATCH_PROPERTYGET, {}, &result), S_OK);  // Recipients
+  IDispatch* recipients = V_DISPATCH(&result);
+  ASSERT_EQ(Call(recipients, DISPID_NEWENUM, DISPATCH_PROPERTYGET, {}, &result), S_OK);
+  IUnknown* enumerator = V_UNKNOWN(&result);
+  recipients->Release();
   message->Release();
   session->Release();
   api->Release();
+  EXPECT_EQ(canUnloadNow(), S_FALSE);
+  enumerator->Release();
+  EXPECT_EQ(canUnloadNow(), S_OK);
 }
 
 }  // namespace

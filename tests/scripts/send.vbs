@@ -107,6 +107,10 @@ WScript.Echo "Devices " & info.Devices.Count & " of " & info.MaxDevices & ", lin
 For Each item In info.Devices
   WScript.Echo "  device " & item.Name & " status " & item.Status
 Next
+For Each item In info.Links
+  WScript.Echo "  link " & item.RemoteServer & " remote " & item.RemoteStatus & " local " & _
+    item.LocalStatus & " active " & item.LinkActive
+Next
 For Each item In info.Coversheets
   WScript.Echo "  coversheet " & item.Name
 Next
