@@ -8,7 +8,8 @@ root=$(cd "$(dirname "$0")/.." && pwd)
 
 packages=(wine wine64 wine64-tools g++-mingw-w64-x86-64 mingw-w64-tools
           binutils-mingw-w64-x86-64 cmake ninja-build googletest g++
-          clang libclang-rt-dev slapd ldap-utils python3 libwine-dev)
+          clang libclang-rt-dev slapd ldap-utils python3 libwine-dev
+          libcli11-dev nlohmann-json3-dev)
 missing=()
 for package in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q "install ok installed" ||

@@ -1,0 +1,71 @@
+// vlfax: sends faxes and looks after messages and the fax server through
+// Vlapi64.dll.
+#include <iostream>
+
+#include <CLI/CLI.hpp>
+
+#include "commands.h"
+#include "errors.h"
+
+namespace vlfax {
+
+std::unique_ptr<Session> OpenSession(const Globals &globals) {
+  if (globals.trace) Check(VlxEscape(0, "TRACE", 1), "turning the trace on");
+  return std::make_unique<Session>(globals.user);
+}
+
+void CheckBodyName(const std::string &body) {
+  if (body.empty() || body.size() > 8)
+    throw UsageError("body name '" + body + "' invalid: 1 to 8 characters");
+}
+
+namespace {
+
+int Run(int argc, char **argv) {
+  Globals globals;
+  Action action;
+  CLI::App app{"vlfax - send faxes and manage messages and the fax server"};
+  app.require_subcommand(1);
+  app.footer(
+      "Exit codes:\n"
+      "  0   success\n"
+      "  1   failure reported by the library or the system\n"
+      "  2   send --wait: the message failed\n"
+      "  64  usage error\n");
+  app.add_option("--user", globals.user,
+                 "fax user or Windows account to log on as (default: the current account)");
+  app.add_flag("--trace", globals.trace, "write the library's trace");
+
+  AddSendCommand(app, globals, action);
+  AddListingCommands(app, globals, action);
+  AddControlCommands(app, globals, action);
+  AddServerCommand(app, globals, action);
+
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError &e) {
+    int code = app.exit(e);
+    return code == 0 ? kExitOk : kExitUsage;
+  }
+  if (globals.user.empty()) globals.user = CurrentAccount();
+  try {
+    return action ? action() : kExitUsage;
+  } catch (const UsageError &e) {
+    std::cerr << "vlfax: " << e.what() << "\n";
+    CLI::App *chosen = app.get_subcommands().empty() ? &app : app.get_subcommands().front();
+    while (!chosen->get_subcommands().empty()) chosen = chosen->get_subcommands().front();
+    std::cerr << chosen->help();
+    return kExitUsage;
+  } catch (const std::exception &e) {
+    std::cerr << "vlfax: " << e.what() << "\n";
+    return kExitFailure;
+  }
+}
+
+}  // namespace
+}  // namespace vlfax
+
+int main(int argc, char **argv) {
+  std::ios::sync_with_stdio(true);
+  return vlfax::Run(argc, argv);
+}
