@@ -38,7 +38,21 @@ wine "$bin/vlsim.exe" --make-tree tree --client-ini >/dev/null 2>&1 || { echo "c
 check 1 '^not running$' server check
 check 0 . server start
 check 0 '^running$' server check
+# watch sees the message of the next send arrive and reach OK.
+wine "$bin/vlfax.exe" --user JSMITH watch --timeout 12 >"$work/watch" 2>&1 </dev/null &
+watcher=$!
+sleep 2
 check 0 'status OK$' send --to Ann --fax 0101 --subject Hi --text Hello --wait
+wait "$watcher"
+code=$?
+args=(watch)
+out=$(tr -d '\r' <"$work/watch")
+expect 0 '^new ~VFAX000 (Su|Wa|Se) Hi$'
+expect 0 '^~VFAX000 OK$'
+check 0 'Accepted JSMITH.~VFAX000 with 1 addressee' log
+check 0 '^time,event' log --csv
+check 64 . log --date 2026-02-30
+check 1 '0xF72[AB] ' servers
 check 2 'status Fa$' send --to Nobody --org Org --fax 02015550999 --subject Lost --text x --wait
 check 0 '^~VFAX002$' send --to Ann --fax 0101 --subject Later --hold
 check 0 '~VFAX002 held' hold '~VFAX002'
@@ -59,5 +73,5 @@ check 1 '0xF70C Velomar Server is not currently running' send --to Ann --fax 010
 leftovers=$(ls tree/USERS/JSMITH/V-OUT | grep -v -e '^~VFAX00[0-2]\.' -e '^MSGDIR' | wc -l)
 [ "$leftovers" -eq 0 ] || { echo "FAILED: files of a refused message were left"; failures=$((failures + 1)); }
 
-echo "$((21 - failures)) passed, $failures failed"
+echo "$((27 - failures)) passed, $failures failed"
 [ "$failures" -eq 0 ]

@@ -31,26 +31,6 @@ std::string Accepted(const VLMSGINFOEX &info) {
                   info.AcceptedMinute, info.AcceptedSecond);
 }
 
-// Every entry of a directory: the count first, then all entries.
-std::vector<VLMSGINFOEX> ReadList(VLHANDLE handle, uint16_t directory) {
-  std::string what = std::string("listing the ") + DirectoryName(directory) + " directory";
-  for (;;) {
-    int16_t count = 0;
-    VLMSGINFOEX probe{};
-    Check(VlxGetMsgListEx(handle, directory, 0, &count, sizeof probe, &probe), what);
-    if (count <= 0) return {};
-    std::vector<VLMSGINFOEX> entries(static_cast<size_t>(count));
-    int16_t read = 0;
-    Check(VlxGetMsgListEx(handle, directory, count, &read, sizeof entries[0], entries.data()),
-          what);
-    if (read <= count) {
-      entries.resize(static_cast<size_t>(read < 0 ? 0 : read));
-      return entries;
-    }
-    // The list grew between the two calls: count again.
-  }
-}
-
 int RunList(const Globals &globals, const ListOptions &options) {
   std::vector<unsigned> statuses;
   if (!options.status.empty()) {
@@ -131,6 +111,26 @@ int RunShow(const Globals &globals, const ShowOptions &options) {
 }
 
 }  // namespace
+
+// Every entry of a directory: the count first, then all entries.
+std::vector<VLMSGINFOEX> ReadList(VLHANDLE handle, uint16_t directory) {
+  std::string what = std::string("listing the ") + DirectoryName(directory) + " directory";
+  for (;;) {
+    int16_t count = 0;
+    VLMSGINFOEX probe{};
+    Check(VlxGetMsgListEx(handle, directory, 0, &count, sizeof probe, &probe), what);
+    if (count <= 0) return {};
+    std::vector<VLMSGINFOEX> entries(static_cast<size_t>(count));
+    int16_t read = 0;
+    Check(VlxGetMsgListEx(handle, directory, count, &read, sizeof entries[0], entries.data()),
+          what);
+    if (read <= count) {
+      entries.resize(static_cast<size_t>(read < 0 ? 0 : read));
+      return entries;
+    }
+    // The list grew between the two calls: count again.
+  }
+}
 
 std::vector<VLMSGHISTORYEX> ReadHistory(VLHANDLE handle, uint16_t directory,
                                         const std::string &body) {

@@ -11,6 +11,7 @@ namespace vlfax {
 
 std::unique_ptr<Session> OpenSession(const Globals &globals) {
   if (globals.trace) Check(VlxEscape(0, "TRACE", 1), "turning the trace on");
+  if (!globals.server.empty()) SelectServer(globals.server);
   return std::make_unique<Session>(globals.user);
 }
 
@@ -34,12 +35,17 @@ int Run(int argc, char **argv) {
       "  64  usage error\n");
   app.add_option("--user", globals.user,
                  "fax user or Windows account to log on as (default: the current account)");
+  app.add_option("--server", globals.server,
+                 "log on to this fax server, found in the directory service");
   app.add_flag("--trace", globals.trace, "write the library's trace");
 
   AddSendCommand(app, globals, action);
   AddListingCommands(app, globals, action);
   AddControlCommands(app, globals, action);
   AddServerCommand(app, globals, action);
+  AddWatchCommand(app, globals, action);
+  AddLogCommand(app, globals, action);
+  AddServersCommand(app, globals, action);
 
   try {
     app.parse(argc, argv);

@@ -6,8 +6,10 @@
 
 namespace vlfax {
 
+// Without the user lock: the user's other programs, and other vlfax runs of
+// a batch, may log on at the same time.
 Session::Session(const std::string &userName) {
-  Check(VlxAPIInit(&handle_, userName.c_str(), 1, nullptr), "logon as " + userName);
+  Check(VlxAPIInit(&handle_, userName.c_str(), 0, nullptr), "logon as " + userName);
 }
 
 Session::~Session() {
