@@ -114,4 +114,15 @@ int ParseMessageRecord(char* record, const MessageRecordFields& fields) {
   return 1;
 }
 
+void ReadMessageRecords(FILE* log, const std::function<void(const MessageRecord&)>& visit) {
+  char line[1024];
+  while (std::fgets(line, sizeof line, log)) {
+    line[std::strcspn(line, "\r\n")] = '\0';
+    MessageRecord r;
+    if (ParseMessageRecord(line, {&r.eventId, &r.time, &r.eventName, &r.source, &r.subSource,
+                                  &r.number, &r.count, &r.code, &r.rest}))
+      visit(r);
+  }
+}
+
 }  // namespace vl

@@ -3,6 +3,8 @@
 #pragma once
 
 #include <cstdint>
+#include <cstdio>
+#include <functional>
 #include <ctime>
 #include <string>
 
@@ -39,5 +41,17 @@ struct MessageRecordFields {
 // 1 for a valid record, 0 otherwise (with "Invalid message line (n)"
 // logged at level 2, never as a record of its own).
 int ParseMessageRecord(char* record, const MessageRecordFields& fields);
+
+// Every field of one record; the texts point into the line read.
+struct MessageRecord {
+  uint16_t eventId = 0, count = 0, code = 0;
+  uint32_t number = 0;
+  std::tm time{};
+  char *eventName = nullptr, *source = nullptr, *subSource = nullptr, *rest = nullptr;
+};
+
+// Reads an open message log line by line and hands each valid record to
+// visit; invalid lines are passed over.
+void ReadMessageRecords(FILE* log, const std::function<void(const MessageRecord&)>& visit);
 
 }  // namespace vl

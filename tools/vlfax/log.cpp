@@ -48,23 +48,14 @@ int RunLog(const LogOptions& options) {
   Table table{{"TIME", "EVENT", "SOURCE", "MESSAGE", "ADDR", "PAGES", "CODE", "TEXT"},
               {"time", "event", "source", "message", "addressee", "pages", "code", "text"},
               {}};
-  char line[1024];
-  while (std::fgets(line, sizeof line, file.get())) {
-    line[std::strcspn(line, "\r\n")] = '\0';
-    uint16_t id = 0, count = 0, code = 0;
-    uint32_t number = 0;
-    std::tm time{};
-    char *event, *source, *subSource, *rest;
-    if (!vl::ParseMessageRecord(line, {&id, &time, &event, &source, &subSource, &number, &count,
-                                       &code, &rest}))
-      continue;
+  vl::ReadMessageRecords(file.get(), [&](const vl::MessageRecord& r) {
     char stamp[32], hex[8];
-    std::snprintf(stamp, sizeof stamp, "%04d-%02d-%02d %02d:%02d:%02d", time.tm_year + 1900,
-                  time.tm_mon, time.tm_mday, time.tm_hour, time.tm_min, time.tm_sec);
-    std::snprintf(hex, sizeof hex, "%04X", static_cast<unsigned>(code));
-    table.rows.push_back({stamp, event, source, subSource, std::to_string(number),
-                          std::to_string(count), hex, rest});
-  }
+    std::snprintf(stamp, sizeof stamp, "%04d-%02d-%02d %02d:%02d:%02d", r.time.tm_year + 1900,
+                  r.time.tm_mon, r.time.tm_mday, r.time.tm_hour, r.time.tm_min, r.time.tm_sec);
+    std::snprintf(hex, sizeof hex, "%04X", static_cast<unsigned>(r.code));
+    table.rows.push_back({stamp, r.eventName, r.source, r.subSource, std::to_string(r.number),
+                          std::to_string(r.count), hex, r.rest});
+  });
   PrintTable(table, options.json ? Format::kJson : options.csv ? Format::kCsv : Format::kText);
   return kExitOk;
 }

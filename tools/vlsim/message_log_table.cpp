@@ -34,21 +34,12 @@ int PrintMessageLog(FILE* out) {
   }
   std::fprintf(out, "Message log %s\n%-8s  %-13s  %-8s  %-8s  %4s  %5s  %4s  %s\n", path.c_str(),
                "time", "event", "source", "message", "addr", "pages", "code", "text");
-  char line[1024];
-  while (std::fgets(line, sizeof line, file.get())) {
-    line[std::strcspn(line, "\r\n")] = '\0';
-    uint16_t id = 0, count = 0, code = 0;
-    uint32_t number = 0;
-    std::tm time{};
-    char *event, *source, *subSource, *rest;
-    if (!vl::ParseMessageRecord(line, {&id, &time, &event, &source, &subSource, &number, &count,
-                                       &code, &rest}))
-      continue;
-    std::fprintf(out, "%.2d:%.2d:%.2d  %-13s  %-8s  %-8s  %4u  %5u  %.4X  %s\n", time.tm_hour,
-                 time.tm_min, time.tm_sec, event, source, subSource,
-                 static_cast<unsigned>(number), static_cast<unsigned>(count),
-                 static_cast<unsigned>(code), LogText(rest));
-  }
+  vl::ReadMessageRecords(file.get(), [&](const vl::MessageRecord& r) {
+    std::fprintf(out, "%.2d:%.2d:%.2d  %-13s  %-8s  %-8s  %4u  %5u  %.4X  %s\n", r.time.tm_hour,
+                 r.time.tm_min, r.time.tm_sec, r.eventName, r.source, r.subSource,
+                 static_cast<unsigned>(r.number), static_cast<unsigned>(r.count),
+                 static_cast<unsigned>(r.code), LogText(r.rest));
+  });
   return 0;
 }
 
