@@ -18,3 +18,6 @@ autobench="$root/build/bench/autobench"
 wine "$root/build/bench/bin/automation_bench.exe" "$(winepath -w "$autobench")"
 wine regsvr32 /s "$(winepath -w "$root/build/bench/bin/Vlapi64.dll")"
 wine cscript //nologo "$(winepath -w "$root/bench/outbox_listing.vbs")" "$(winepath -w "$autobench")"
+# vlfax listing that outbox, against its own start-up and log-on.
+cmake --build "$root/build/bench" --target vlfax vlsim >/dev/null
+"$root/bench/vlfax_bench.sh" "$root/build/bench/bin" "$root/build/bench/autobench/USERS/BENCH/V-OUT/MSGDIR.CTL"
