@@ -16,9 +16,14 @@ trap 'wine "$bin/vlfax.exe" --user JSMITH server stop >/dev/null 2>&1; cd /; rm 
 # output (standard output and error, times masked) matches the pattern.
 # The output goes through a file: a server that vlfax starts inherits it
 # and would keep a pipe open.
+# vlfax says why whenever it fails; a silent exit 1 is Wine failing to start
+# the program (seen now and then on a busy machine), which is tried again.
 run() {
-  wine "$bin/vlfax.exe" --user JSMITH "$@" >"$work/output" 2>&1 </dev/null
-  code=$?
+  for _ in 1 2; do
+    wine "$bin/vlfax.exe" --user JSMITH "$@" >"$work/output" 2>&1 </dev/null
+    code=$?
+    [ "$code" -eq 1 ] && [ ! -s "$work/output" ] || break
+  done
   out=$(tr -d '\r' <"$work/output")
 }
 expect() {
