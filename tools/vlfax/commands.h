@@ -24,33 +24,33 @@ struct Globals {
 
 using Action = std::function<int()>;
 
-void AddSendCommand(CLI::App &app, const Globals &globals, Action &action);
-void AddListingCommands(CLI::App &app, const Globals &globals, Action &action);
-void AddControlCommands(CLI::App &app, const Globals &globals, Action &action);
-void AddServerCommand(CLI::App &app, const Globals &globals, Action &action);
-void AddWatchCommand(CLI::App &app, const Globals &globals, Action &action);
-void AddLogCommand(CLI::App &app, const Globals &globals, Action &action);
-void AddServersCommand(CLI::App &app, const Globals &globals, Action &action);
+void AddSendCommand(CLI::App& app, const Globals& globals, Action& action);
+void AddListingCommands(CLI::App& app, const Globals& globals, Action& action);
+void AddControlCommands(CLI::App& app, const Globals& globals, Action& action);
+void AddServerCommand(CLI::App& app, const Globals& globals, Action& action);
+void AddWatchCommand(CLI::App& app, const Globals& globals, Action& action);
+void AddLogCommand(CLI::App& app, const Globals& globals, Action& action);
+void AddServersCommand(CLI::App& app, const Globals& globals, Action& action);
 
 // Makes the server called name, found in the directory service, the one
 // every later log-on of the process uses (through the automation root
 // object, which shares this process's copy of the library).
-void SelectServer(const std::string &name);
+void SelectServer(const std::string& name);
 
 // Turns the library's trace on when asked, then logs the user on.
-std::unique_ptr<Session> OpenSession(const Globals &globals);
+std::unique_ptr<Session> OpenSession(const Globals& globals);
 
 // Throws UsageError unless body is a body name of 1 to 8 characters.
-void CheckBodyName(const std::string &body);
+void CheckBodyName(const std::string& body);
 
 // Every entry of a directory's list: the count first, then all entries.
 std::vector<VLMSGINFOEX> ReadList(VLHANDLE handle, uint16_t directory);
 
 // The history of a message, all events including routing ones.
 std::vector<VLMSGHISTORYEX> ReadHistory(VLHANDLE handle, uint16_t directory,
-                                        const std::string &body);
+                                        const std::string& body);
 
 // One line describing a history event.
-std::string EventLine(const VLMSGHISTORYEX &event);
+std::string EventLine(const VLMSGHISTORYEX& event);
 
 }  // namespace vlfax

@@ -13,10 +13,10 @@ struct ControlOptions {
 };
 
 struct Verb {
-  const char *name;
-  const char *help;
-  const char *doing;  // for messages: "holding" ...
-  const char *done;   // for the confirmation line: "held" ...
+  const char* name;
+  const char* help;
+  const char* doing;  // for messages: "holding" ...
+  const char* done;   // for the confirmation line: "held" ...
 };
 
 constexpr Verb kVerbs[] = {
@@ -27,7 +27,7 @@ constexpr Verb kVerbs[] = {
     {"delete", "delete completed messages and their files", "deleting", "deleted"},
 };
 
-VLRESULT Request(const std::string &verb, VLHANDLE handle, uint16_t directory, const char *body) {
+VLRESULT Request(const std::string& verb, VLHANDLE handle, uint16_t directory, const char* body) {
   if (verb == "hold") return VlxHoldMsgEx(handle, directory, body, nullptr);
   if (verb == "release") return VlxReleaseMsgEx(handle, directory, body, nullptr);
   if (verb == "rush") return VlxRushMsgEx(handle, directory, body, nullptr);
@@ -37,11 +37,11 @@ VLRESULT Request(const std::string &verb, VLHANDLE handle, uint16_t directory, c
 
 // Carries out the request for every body in turn; all names are checked
 // before the first call. Stops at the first failure.
-int RunControl(const Globals &globals, const Verb &verb, const ControlOptions &options) {
-  for (const std::string &body : options.bodies) CheckBodyName(body);
+int RunControl(const Globals& globals, const Verb& verb, const ControlOptions& options) {
+  for (const std::string& body : options.bodies) CheckBodyName(body);
   uint16_t directory = options.in ? VL_DIR_IN : VL_DIR_OUT;
   auto session = OpenSession(globals);
-  for (const std::string &body : options.bodies) {
+  for (const std::string& body : options.bodies) {
     Check(Request(verb.name, session->handle(), directory, body.c_str()),
           std::string(verb.doing) + " " + body);
     std::cout << body << " " << verb.done << "\n";
@@ -51,10 +51,10 @@ int RunControl(const Globals &globals, const Verb &verb, const ControlOptions &o
 
 }  // namespace
 
-void AddControlCommands(CLI::App &app, const Globals &globals, Action &action) {
-  for (const Verb &verb : kVerbs) {
+void AddControlCommands(CLI::App& app, const Globals& globals, Action& action) {
+  for (const Verb& verb : kVerbs) {
     auto options = std::make_shared<ControlOptions>();
-    CLI::App *command = app.add_subcommand(verb.name, verb.help);
+    CLI::App* command = app.add_subcommand(verb.name, verb.help);
     command->add_option("BODY", options->bodies, "body names of the messages")->required();
     command->add_flag("--in", options->in, "the messages are in the in directory");
     command->callback([&globals, &action, &verb, options] {

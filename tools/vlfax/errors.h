@@ -11,15 +11,15 @@ namespace vlfax {
 // Exit codes of the program.
 enum ExitCode : int {
   kExitOk = 0,
-  kExitFailure = 1,    // a failure reported by the library or the system
-  kExitSendFailed = 2, // send --wait: the message reached a failed state
-  kExitUsage = 64,     // bad command line
+  kExitFailure = 1,     // a failure reported by the library or the system
+  kExitSendFailed = 2,  // send --wait: the message reached a failed state
+  kExitUsage = 64,      // bad command line
 };
 
 // A library call that returned a non-zero result.
 class LibraryError : public std::runtime_error {
  public:
-  LibraryError(const std::string &what, VLRESULT code);
+  LibraryError(const std::string& what, VLRESULT code);
   uint16_t code() const { return code_; }
 
  private:
@@ -29,7 +29,7 @@ class LibraryError : public std::runtime_error {
 // A system call that failed with a Windows error code.
 class SystemError : public std::runtime_error {
  public:
-  SystemError(const std::string &what, unsigned long error);
+  SystemError(const std::string& what, unsigned long error);
 };
 
 // A command line that names something impossible; usage is printed with it.
@@ -39,7 +39,7 @@ class UsageError : public std::runtime_error {
 };
 
 // Throws LibraryError for a non-zero result of the call described by what.
-void Check(VLRESULT result, const std::string &what);
+void Check(VLRESULT result, const std::string& what);
 
 // The library's own text for a result code, from Vlapi64.dll's message
 // table; empty when the module has none.

@@ -24,14 +24,14 @@ struct ShowOptions {
   bool json = false;
 };
 
-const char *DirectoryName(uint16_t directory) { return directory == VL_DIR_IN ? "in" : "out"; }
+const char* DirectoryName(uint16_t directory) { return directory == VL_DIR_IN ? "in" : "out"; }
 
-std::string Accepted(const VLMSGINFOEX &info) {
+std::string Accepted(const VLMSGINFOEX& info) {
   return DateTime(info.AcceptedYear, info.AcceptedMonth, info.AcceptedDay, info.AcceptedHour,
                   info.AcceptedMinute, info.AcceptedSecond);
 }
 
-int RunList(const Globals &globals, const ListOptions &options) {
+int RunList(const Globals& globals, const ListOptions& options) {
   std::vector<unsigned> statuses;
   if (!options.status.empty()) {
     statuses = MessageStatusesOf(options.status);
@@ -42,20 +42,19 @@ int RunList(const Globals &globals, const ListOptions &options) {
   Table table{{"BODY", "STATUS", "USER", "ACCEPTED", "TYPE", "SUBJECT", "COMMENT"},
               {"body", "status", "user_status", "accepted", "type", "subject", "comment"},
               {}};
-  for (const VLMSGINFOEX &info : ReadList(session->handle(), directory)) {
+  for (const VLMSGINFOEX& info : ReadList(session->handle(), directory)) {
     if (!statuses.empty() &&
         std::find(statuses.begin(), statuses.end(), info.Status) == statuses.end())
       continue;
     table.rows.push_back({Field(info.Body), MessageStatusWord(info.Status),
                           UserStatusWord(info.UserStatus), Accepted(info),
-                          MessageTypeWord(info.MsgType), Field(info.Subject),
-                          Field(info.Comment)});
+                          MessageTypeWord(info.MsgType), Field(info.Subject), Field(info.Comment)});
   }
   PrintTable(table, options.json ? Format::kJson : options.csv ? Format::kCsv : Format::kText);
   return kExitOk;
 }
 
-Json EventJson(const VLMSGHISTORYEX &e) {
+Json EventJson(const VLMSGHISTORYEX& e) {
   return {{"event", HistoryEventWord(e.Event)},
           {"time", DateTime(e.Year, e.Month, e.Day, e.Hour, e.Minute, e.Second)},
           {"addressee", e.Addressee},
@@ -69,7 +68,7 @@ Json EventJson(const VLMSGHISTORYEX &e) {
           {"remote_server", Field(e.RemoteServer)}};
 }
 
-int RunShow(const Globals &globals, const ShowOptions &options) {
+int RunShow(const Globals& globals, const ShowOptions& options) {
   CheckBodyName(options.body);
   uint16_t directory = options.in ? VL_DIR_IN : VL_DIR_OUT;
   auto session = OpenSession(globals);
@@ -80,7 +79,7 @@ int RunShow(const Globals &globals, const ShowOptions &options) {
 
   if (options.json) {
     Json events = Json::array();
-    for (const auto &e : history) events.push_back(EventJson(e));
+    for (const auto& e : history) events.push_back(EventJson(e));
     PrintJson({{"body", Field(info.Body)},
                {"directory", DirectoryName(directory)},
                {"status", MessageStatusWord(info.Status)},
@@ -106,7 +105,7 @@ int RunShow(const Globals &globals, const ShowOptions &options) {
             << "Organisation: " << Field(info.Organisation) << "\n";
   if (info.Custom[0]) std::cout << "Custom:       " << Field(info.Custom) << "\n";
   std::cout << "History (" << history.size() << " events):\n";
-  for (const auto &e : history) std::cout << "  " << EventLine(e) << "\n";
+  for (const auto& e : history) std::cout << "  " << EventLine(e) << "\n";
   return kExitOk;
 }
 
@@ -133,7 +132,7 @@ std::vector<VLMSGINFOEX> ReadList(VLHANDLE handle, uint16_t directory) {
 }
 
 std::vector<VLMSGHISTORYEX> ReadHistory(VLHANDLE handle, uint16_t directory,
-                                        const std::string &body) {
+                                        const std::string& body) {
   std::vector<VLMSGHISTORYEX> events(32);
   for (;;) {
     uint16_t count = 0;
@@ -149,10 +148,10 @@ std::vector<VLMSGHISTORYEX> ReadHistory(VLHANDLE handle, uint16_t directory,
   }
 }
 
-std::string EventLine(const VLMSGHISTORYEX &e) {
+std::string EventLine(const VLMSGHISTORYEX& e) {
   std::string line = std::string("history ") + HistoryEventWord(e.Event) + " " +
-                     DateTime(e.Year, e.Month, e.Day, e.Hour, e.Minute, e.Second) +
-                     " addressee " + std::to_string(e.Addressee);
+                     DateTime(e.Year, e.Month, e.Day, e.Hour, e.Minute, e.Second) + " addressee " +
+                     std::to_string(e.Addressee);
   if (e.AddresseeText[0]) line += " \"" + Field(e.AddresseeText) + "\"";
   line += std::string(" route ") + RouteWord(e.Route);
   if (e.RouteParams[0]) line += " " + Field(e.RouteParams);
@@ -165,28 +164,27 @@ std::string EventLine(const VLMSGHISTORYEX &e) {
   return line;
 }
 
-void AddListingCommands(CLI::App &app, const Globals &globals, Action &action) {
+void AddListingCommands(CLI::App& app, const Globals& globals, Action& action) {
   auto list = std::make_shared<ListOptions>();
-  CLI::App *listCommand = app.add_subcommand("list", "list the messages of a directory");
-  auto *in = listCommand->add_flag("--in", list->in, "the in directory");
-  auto *out = listCommand->add_flag("--out", list->out, "the out directory (default)");
+  CLI::App* listCommand = app.add_subcommand("list", "list the messages of a directory");
+  auto* in = listCommand->add_flag("--in", list->in, "the in directory");
+  auto* out = listCommand->add_flag("--out", list->out, "the out directory (default)");
   in->excludes(out);
-  listCommand->add_option("--status", list->status, "only messages of this status word (Wa, OK...)");
-  auto *json = listCommand->add_flag("--json", list->json, "JSON output");
-  auto *csv = listCommand->add_flag("--csv", list->csv, "CSV output");
+  listCommand->add_option("--status", list->status,
+                          "only messages of this status word (Wa, OK...)");
+  auto* json = listCommand->add_flag("--json", list->json, "JSON output");
+  auto* csv = listCommand->add_flag("--csv", list->csv, "CSV output");
   json->excludes(csv);
-  listCommand->callback([&globals, &action, list] {
-    action = [&globals, list] { return RunList(globals, *list); };
-  });
+  listCommand->callback(
+      [&globals, &action, list] { action = [&globals, list] { return RunList(globals, *list); }; });
 
   auto show = std::make_shared<ShowOptions>();
-  CLI::App *showCommand = app.add_subcommand("show", "show a message and its history");
+  CLI::App* showCommand = app.add_subcommand("show", "show a message and its history");
   showCommand->add_option("BODY", show->body, "body name of the message")->required();
   showCommand->add_flag("--in", show->in, "the message is in the in directory");
   showCommand->add_flag("--json", show->json, "JSON output");
-  showCommand->callback([&globals, &action, show] {
-    action = [&globals, show] { return RunShow(globals, *show); };
-  });
+  showCommand->callback(
+      [&globals, &action, show] { action = [&globals, show] { return RunShow(globals, *show); }; });
 }
 
 }  // namespace vlfax

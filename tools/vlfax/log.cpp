@@ -33,7 +33,8 @@ os::LocalTime DayOf(const std::string& date) {
   check.tm_mday = day.day;
   check.tm_hour = 12;
   std::tm normal = check;
-  if (std::mktime(&normal) == -1 || normal.tm_mday != check.tm_mday || normal.tm_mon != check.tm_mon)
+  if (std::mktime(&normal) == -1 || normal.tm_mday != check.tm_mday ||
+      normal.tm_mon != check.tm_mon)
     throw UsageError("--date '" + date + "' is not a day of the calendar");
   return day;
 }

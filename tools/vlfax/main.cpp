@@ -9,20 +9,20 @@
 
 namespace vlfax {
 
-std::unique_ptr<Session> OpenSession(const Globals &globals) {
+std::unique_ptr<Session> OpenSession(const Globals& globals) {
   if (globals.trace) Check(VlxEscape(0, "TRACE", 1), "turning the trace on");
   if (!globals.server.empty()) SelectServer(globals.server);
   return std::make_unique<Session>(globals.user);
 }
 
-void CheckBodyName(const std::string &body) {
+void CheckBodyName(const std::string& body) {
   if (body.empty() || body.size() > 8)
     throw UsageError("body name '" + body + "' invalid: 1 to 8 characters");
 }
 
 namespace {
 
-int Run(int argc, char **argv) {
+int Run(int argc, char** argv) {
   Globals globals;
   Action action;
   CLI::App app{"vlfax - send faxes and manage messages and the fax server"};
@@ -49,20 +49,20 @@ int Run(int argc, char **argv) {
 
   try {
     app.parse(argc, argv);
-  } catch (const CLI::ParseError &e) {
+  } catch (const CLI::ParseError& e) {
     int code = app.exit(e);
     return code == 0 ? kExitOk : kExitUsage;
   }
   if (globals.user.empty()) globals.user = CurrentAccount();
   try {
     return action ? action() : kExitUsage;
-  } catch (const UsageError &e) {
+  } catch (const UsageError& e) {
     std::cerr << "vlfax: " << e.what() << "\n";
-    CLI::App *chosen = app.get_subcommands().empty() ? &app : app.get_subcommands().front();
+    CLI::App* chosen = app.get_subcommands().empty() ? &app : app.get_subcommands().front();
     while (!chosen->get_subcommands().empty()) chosen = chosen->get_subcommands().front();
     std::cerr << chosen->help();
     return kExitUsage;
-  } catch (const std::exception &e) {
+  } catch (const std::exception& e) {
     std::cerr << "vlfax: " << e.what() << "\n";
     return kExitFailure;
   }
@@ -71,7 +71,7 @@ int Run(int argc, char **argv) {
 }  // namespace
 }  // namespace vlfax
 
-int main(int argc, char **argv) {
+int main(int argc, char** argv) {
   std::ios::sync_with_stdio(true);
   return vlfax::Run(argc, argv);
 }

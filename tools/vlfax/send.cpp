@@ -15,7 +15,7 @@
 namespace vlfax {
 namespace {
 
-constexpr const char *kBodyPrefix = "VFAX";
+constexpr const char* kBodyPrefix = "VFAX";
 constexpr unsigned kFirstFinalStatus = 30;
 constexpr unsigned kStatusOk = 30;
 constexpr DWORD kPollMs = 200;
@@ -38,30 +38,35 @@ struct SendOptions {
 };
 
 std::string Upper(std::string s) {
-  for (char &c : s) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
+  for (char& c : s) c = static_cast<char>(std::toupper(static_cast<unsigned char>(c)));
   return s;
 }
 
 // The recipients in the order their options were given: each --to starts
 // one, an address and an organisation belong to the last one started.
-std::vector<Recipient> Recipients(const CLI::App &command, const SendOptions &options) {
+std::vector<Recipient> Recipients(const CLI::App& command, const SendOptions& options) {
   std::vector<Recipient> recipients;
   size_t toIndex = 0, faxIndex = 0, smsIndex = 0, lanIndex = 0, orgIndex = 0;
-  for (const CLI::Option *option : command.parse_order()) {
+  for (const CLI::Option* option : command.parse_order()) {
     const std::string name = option->get_name();
     if (name == "--to") {
       recipients.push_back({options.to.at(toIndex++), "", "", ""});
       continue;
     }
-    const std::string *value = nullptr;
-    const char *keyword = nullptr;
-    if (name == "--fax") value = &options.fax.at(faxIndex++), keyword = "Fax:";
-    else if (name == "--sms") value = &options.sms.at(smsIndex++), keyword = "SMS:";
-    else if (name == "--lan") value = &options.lan.at(lanIndex++), keyword = "LAN:";
-    else if (name == "--org") value = &options.org.at(orgIndex++);
-    else continue;
+    const std::string* value = nullptr;
+    const char* keyword = nullptr;
+    if (name == "--fax")
+      value = &options.fax.at(faxIndex++), keyword = "Fax:";
+    else if (name == "--sms")
+      value = &options.sms.at(smsIndex++), keyword = "SMS:";
+    else if (name == "--lan")
+      value = &options.lan.at(lanIndex++), keyword = "LAN:";
+    else if (name == "--org")
+      value = &options.org.at(orgIndex++);
+    else
+      continue;
     if (recipients.empty()) throw UsageError(name + " must follow --to NAME");
-    Recipient &last = recipients.back();
+    Recipient& last = recipients.back();
     if (!keyword) {
       last.organisation = *value;
     } else {
@@ -71,14 +76,14 @@ std::vector<Recipient> Recipients(const CLI::App &command, const SendOptions &op
       last.address = *value;
     }
   }
-  for (const Recipient &r : recipients)
+  for (const Recipient& r : recipients)
     if (r.keyword.empty())
       throw UsageError("recipient '" + r.name + "' needs --fax, --sms or --lan");
   return recipients;
 }
 
 // "OFFPEAK", or "YYYY-MM-DD HH:MM:00" for a date and time that exist.
-std::string AfterValue(const std::string &text) {
+std::string AfterValue(const std::string& text) {
   if (Upper(text) == "OFFPEAK") return "OFFPEAK";
   int year, month, day, hour, minute;
   char end;
@@ -88,27 +93,26 @@ std::string AfterValue(const std::string &text) {
   static const int kDays[] = {31, 28, 31, 30, 31, 30, 31, 31, 30, 31, 30, 31};
   bool leap = (year % 4 == 0 && year % 100 != 0) || year % 400 == 0;
   bool valid = year >= 1980 && year <= 2079 && month >= 1 && month <= 12 && day >= 1 &&
-               day <= kDays[month - 1] + (month == 2 && leap ? 1 : 0) && hour >= 0 &&
-               hour <= 23 && minute >= 0 && minute <= 59;
+               day <= kDays[month - 1] + (month == 2 && leap ? 1 : 0) && hour >= 0 && hour <= 23 &&
+               minute >= 0 && minute <= 59;
   if (!valid) throw UsageError("--after '" + text + "': no such date and time");
   char value[32];
-  std::snprintf(value, sizeof value, "%04d-%02d-%02d %02d:%02d:00", year, month, day, hour,
-                minute);
+  std::snprintf(value, sizeof value, "%04d-%02d-%02d %02d:%02d:00", year, month, day, hour, minute);
   return value;
 }
 
-std::string Choice(const std::string &value, std::initializer_list<const char *> words,
-                   const char *option) {
-  for (const char *word : words)
+std::string Choice(const std::string& value, std::initializer_list<const char*> words,
+                   const char* option) {
+  for (const char* word : words)
     if (Upper(value) == Upper(word)) return Upper(word);
   throw UsageError(std::string(option) + " '" + value + "' invalid");
 }
 
-std::string ReadAll(std::istream &in) {
+std::string ReadAll(std::istream& in) {
   return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
 }
 
-std::string FullPath(const std::string &path) {
+std::string FullPath(const std::string& path) {
   char full[MAX_PATH];
   DWORD length = GetFullPathNameA(path.c_str(), sizeof full, full, nullptr);
   if (length == 0 || length >= sizeof full) throw SystemError("resolving " + path, GetLastError());
@@ -116,25 +120,27 @@ std::string FullPath(const std::string &path) {
 }
 
 // Body text with CR LF line ends, ending with a line end.
-std::string TextLines(const std::string &text) {
+std::string TextLines(const std::string& text) {
   std::string lines;
   for (size_t i = 0; i < text.size(); ++i) {
     if (text[i] == '\r') continue;
-    if (text[i] == '\n') lines += "\r\n";
-    else lines += text[i];
+    if (text[i] == '\n')
+      lines += "\r\n";
+    else
+      lines += text[i];
   }
   if (!lines.empty() && lines.back() != '\n') lines += "\r\n";
   return lines;
 }
 
 // The submit file's text for the options given.
-std::string SubmitText(const CLI::App &command, const SendOptions &o) {
+std::string SubmitText(const CLI::App& command, const SendOptions& o) {
   std::vector<Recipient> recipients = Recipients(command, o);
   if (recipients.empty()) throw UsageError("at least one --to NAME is needed");
   if (!o.text.empty() && !o.textFile.empty())
     throw UsageError("--text and --text-file exclude each other");
   std::ostringstream s;
-  auto line = [&s](const char *keyword, const std::string &value) {
+  auto line = [&s](const char* keyword, const std::string& value) {
     if (value.find_first_of("\r\n") != std::string::npos)
       throw UsageError(std::string(keyword) + " value must be one line");
     s << keyword << " " << value << "\r\n";
@@ -151,8 +157,8 @@ std::string SubmitText(const CLI::App &command, const SendOptions &o) {
   if (o.remove) line("Delete:", "YES");
   if (!o.cover.empty()) line("Coversheet:", o.cover);
   if (!o.letterhead.empty()) line("Letterhead:", o.letterhead);
-  for (const std::string &file : o.files) line("Document:", FullPath(file));
-  for (const Recipient &r : recipients) {
+  for (const std::string& file : o.files) line("Document:", FullPath(file));
+  for (const Recipient& r : recipients) {
     line("To:", r.name);
     if (!r.organisation.empty()) line("Organisation:", r.organisation);
     line(r.keyword.c_str(), r.address);
@@ -174,18 +180,17 @@ class TemporaryFile {
   TemporaryFile() {
     char directory[MAX_PATH];
     char path[MAX_PATH];
-    if (!GetTempPathA(sizeof directory, directory) ||
-        !GetTempFileNameA(directory, "VFX", 0, path))
+    if (!GetTempPathA(sizeof directory, directory) || !GetTempFileNameA(directory, "VFX", 0, path))
       throw SystemError("making a temporary file", GetLastError());
     path_ = path;
   }
   ~TemporaryFile() { DeleteFileA(path_.c_str()); }
-  TemporaryFile(const TemporaryFile &) = delete;
-  TemporaryFile &operator=(const TemporaryFile &) = delete;
+  TemporaryFile(const TemporaryFile&) = delete;
+  TemporaryFile& operator=(const TemporaryFile&) = delete;
 
-  const std::string &path() const { return path_; }
+  const std::string& path() const { return path_; }
 
-  void Write(const std::string &text) const {
+  void Write(const std::string& text) const {
     std::ofstream file(path_, std::ios::binary | std::ios::trunc);
     file << text;
     file.close();
@@ -198,7 +203,7 @@ class TemporaryFile {
 
 // Prints every status change and every new history event until the message
 // reaches a final state; returns that state.
-unsigned Follow(VLHANDLE handle, const std::string &body, int timeoutSeconds) {
+unsigned Follow(VLHANDLE handle, const std::string& body, int timeoutSeconds) {
   unsigned last = 0xFFFF;
   size_t shown = 0;
   DWORD start = GetTickCount();
@@ -221,13 +226,12 @@ unsigned Follow(VLHANDLE handle, const std::string &body, int timeoutSeconds) {
   }
 }
 
-int RunSend(const Globals &globals, const CLI::App &command, const SendOptions &options) {
+int RunSend(const Globals& globals, const CLI::App& command, const SendOptions& options) {
   std::string text;
   if (options.submitFile.empty()) {
     text = SubmitText(command, options);
   } else {
-    if (!options.to.empty() || !options.fax.empty() || !options.sms.empty() ||
-        !options.lan.empty())
+    if (!options.to.empty() || !options.fax.empty() || !options.sms.empty() || !options.lan.empty())
       throw UsageError("a submit file names its own recipients");
     std::ifstream file(options.submitFile, std::ios::binary);
     if (!file) throw SystemError("reading " + options.submitFile, ERROR_FILE_NOT_FOUND);
@@ -249,9 +253,9 @@ int RunSend(const Globals &globals, const CLI::App &command, const SendOptions &
 
 }  // namespace
 
-void AddSendCommand(CLI::App &app, const Globals &globals, Action &action) {
+void AddSendCommand(CLI::App& app, const Globals& globals, Action& action) {
   auto o = std::make_shared<SendOptions>();
-  CLI::App *send = app.add_subcommand("send", "send a message");
+  CLI::App* send = app.add_subcommand("send", "send a message");
   send->add_option("SUBMITFILE", o->submitFile, "a ready submit file to send instead");
   send->add_option("--to", o->to, "starts a recipient: the name");
   send->add_option("--fax", o->fax, "the recipient's fax number");
@@ -260,7 +264,7 @@ void AddSendCommand(CLI::App &app, const Globals &globals, Action &action) {
   send->add_option("--org", o->org, "the recipient's organisation");
   send->add_option("--subject", o->subject, "subject");
   send->add_option("--comment", o->comment, "comment (40 characters)");
-  auto *text = send->add_option("--text", o->text, "the message text");
+  auto* text = send->add_option("--text", o->text, "the message text");
   send->add_option("--text-file", o->textFile, "a file holding the message text (- for stdin)")
       ->excludes(text);
   send->add_option("--file", o->files, "a document to send (repeatable)");

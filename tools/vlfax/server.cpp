@@ -33,9 +33,9 @@ void WaitFor(VLHANDLE handle, bool running) {
   DWORD start = GetTickCount();
   while (Running(handle) != running) {
     if (GetTickCount() - start >= kServerWaitMs)
-      throw LibraryError(running ? "waiting for the server to start"
-                                 : "waiting for the server to stop",
-                         running ? VL_E_SERVER_NOT_RUNNING : VL_E_SERVER_RUNNING);
+      throw LibraryError(
+          running ? "waiting for the server to start" : "waiting for the server to stop",
+          running ? VL_E_SERVER_NOT_RUNNING : VL_E_SERVER_RUNNING);
     Sleep(kServerPollMs);
   }
 }
@@ -50,10 +50,10 @@ struct ServerStatus {
   std::vector<std::string> letterheads;
 };
 
-std::vector<std::string> Names(const std::vector<char> &entries, uint16_t count) {
+std::vector<std::string> Names(const std::vector<char>& entries, uint16_t count) {
   std::vector<std::string> names;
   for (size_t i = 0; i < count && (i + 1) * kNameEntrySize <= entries.size(); ++i) {
-    const char *entry = &entries[i * kNameEntrySize];
+    const char* entry = &entries[i * kNameEntrySize];
     names.emplace_back(entry, strnlen(entry, kNameEntrySize));
   }
   return names;
@@ -98,27 +98,26 @@ ServerStatus ReadStatus(VLHANDLE handle) {
   return status;
 }
 
-const char *Tristate(int value, const char *yes, const char *no) {
+const char* Tristate(int value, const char* yes, const char* no) {
   return value < 0 ? "unknown" : value ? yes : no;
 }
 
-void PrintStatusText(const ServerStatus &s) {
-  const VLSERVERINFOEX &t = s.totals;
+void PrintStatusText(const ServerStatus& s) {
+  const VLSERVERINFOEX& t = s.totals;
   std::cout << "Queue: deferred " << t.Deferred << ", waiting to resend " << t.WaitingResend
             << ", waiting to convert " << t.WaitingConvert << ", converting " << t.Converting
             << ", waiting for a device " << t.WaitingDevice << ", sending " << t.Sending
             << ", scanning " << t.Scanning << ", router submissions " << t.RouterSub
             << ", remote accepts " << t.RemoteAccept << "\n\n";
-  Table devices{{"DEVICE", "STATUS", "USER", "MESSAGE", "PAGES", "CONNECT FAILS", "SEND FAILS",
-                 "SENT OK"},
-                {},
-                {}};
-  for (const auto &d : s.devices)
-    devices.rows.push_back({Field(d.Name), DeviceStatusWord(d.Status), Field(d.User),
-                            Field(d.Message),
-                            std::to_string(d.CurrentPage) + "/" + std::to_string(d.TotalPages),
-                            std::to_string(d.ConnectFails), std::to_string(d.SendFails),
-                            std::to_string(d.SentOK)});
+  Table devices{
+      {"DEVICE", "STATUS", "USER", "MESSAGE", "PAGES", "CONNECT FAILS", "SEND FAILS", "SENT OK"},
+      {},
+      {}};
+  for (const auto& d : s.devices)
+    devices.rows.push_back(
+        {Field(d.Name), DeviceStatusWord(d.Status), Field(d.User), Field(d.Message),
+         std::to_string(d.CurrentPage) + "/" + std::to_string(d.TotalPages),
+         std::to_string(d.ConnectFails), std::to_string(d.SendFails), std::to_string(d.SentOK)});
   PrintTable(devices, Format::kText);
   if (!s.links.empty()) {
     std::cout << "\n";
@@ -126,7 +125,7 @@ void PrintStatusText(const ServerStatus &s) {
                  "REJECTED", "DEVICE ERR", "REMOTE ERR", "UNACK", "ACK", "RECEIVED"},
                 {},
                 {}};
-    for (const auto &l : s.links)
+    for (const auto& l : s.links)
       links.rows.push_back(
           {Field(l.RemoteServer), LinkStatusWord(l.RemoteLinkStatus),
            LinkStatusWord(l.LocalLinkStatus), Tristate(l.ConnectionStatus, "OK", "down"),
@@ -136,9 +135,9 @@ void PrintStatusText(const ServerStatus &s) {
            std::to_string(l.Acknowledged), std::to_string(l.Received)});
     PrintTable(links, Format::kText);
   }
-  auto names = [](const char *title, const std::vector<std::string> &list) {
+  auto names = [](const char* title, const std::vector<std::string>& list) {
     std::cout << title << " (" << list.size() << "):";
-    for (const auto &name : list) std::cout << " " << name;
+    for (const auto& name : list) std::cout << " " << name;
     std::cout << "\n";
   };
   std::cout << "\n";
@@ -146,10 +145,10 @@ void PrintStatusText(const ServerStatus &s) {
   names("Letterheads", s.letterheads);
 }
 
-void PrintStatusJson(const ServerStatus &s) {
-  const VLSERVERINFOEX &t = s.totals;
+void PrintStatusJson(const ServerStatus& s) {
+  const VLSERVERINFOEX& t = s.totals;
   Json devices = Json::array(), links = Json::array();
-  for (const auto &d : s.devices)
+  for (const auto& d : s.devices)
     devices.push_back({{"name", Field(d.Name)},
                        {"status", DeviceStatusWord(d.Status)},
                        {"status_code", d.Status},
@@ -160,7 +159,7 @@ void PrintStatusJson(const ServerStatus &s) {
                        {"connect_fails", d.ConnectFails},
                        {"send_fails", d.SendFails},
                        {"sent_ok", d.SentOK}});
-  for (const auto &l : s.links)
+  for (const auto& l : s.links)
     links.push_back({{"remote_server", Field(l.RemoteServer)},
                      {"remote_link_status", LinkStatusWord(l.RemoteLinkStatus)},
                      {"local_link_status", LinkStatusWord(l.LocalLinkStatus)},
@@ -190,7 +189,7 @@ void PrintStatusJson(const ServerStatus &s) {
              {"letterheads", s.letterheads}});
 }
 
-int RunServer(const Globals &globals, const std::string &verb, const ServerOptions &options) {
+int RunServer(const Globals& globals, const std::string& verb, const ServerOptions& options) {
   auto session = OpenSession(globals);
   VLHANDLE handle = session->handle();
   if (verb == "check") {
@@ -224,19 +223,19 @@ int RunServer(const Globals &globals, const std::string &verb, const ServerOptio
 
 }  // namespace
 
-void AddServerCommand(CLI::App &app, const Globals &globals, Action &action) {
-  CLI::App *server = app.add_subcommand("server", "the fax server");
+void AddServerCommand(CLI::App& app, const Globals& globals, Action& action) {
+  CLI::App* server = app.add_subcommand("server", "the fax server");
   server->require_subcommand(1);
-  static const std::pair<const char *, const char *> kVerbs[] = {
+  static const std::pair<const char*, const char*> kVerbs[] = {
       {"check", "exit 0 when the server runs, 1 when it does not"},
       {"start", "start the server and wait until it runs"},
       {"stop", "stop the server and wait until it has stopped"},
       {"restart", "ask the server to restart"},
       {"status", "queue totals, devices, links, coversheets and letterheads"},
   };
-  for (const auto &[name, help] : kVerbs) {
+  for (const auto& [name, help] : kVerbs) {
     auto options = std::make_shared<ServerOptions>();
-    CLI::App *command = server->add_subcommand(name, help);
+    CLI::App* command = server->add_subcommand(name, help);
     if (std::string(name) == "check" || std::string(name) == "status")
       command->add_flag("--json", options->json, "JSON output");
     std::string verb = name;

@@ -28,45 +28,45 @@ class ComPtr {
  public:
   ComPtr() = default;
   ~ComPtr() { Reset(); }
-  ComPtr(ComPtr &&other) noexcept : p_(std::exchange(other.p_, nullptr)) {}
-  ComPtr &operator=(ComPtr &&other) noexcept {
+  ComPtr(ComPtr&& other) noexcept : p_(std::exchange(other.p_, nullptr)) {}
+  ComPtr& operator=(ComPtr&& other) noexcept {
     if (this != &other) {
       Reset();
       p_ = std::exchange(other.p_, nullptr);
     }
     return *this;
   }
-  ComPtr(const ComPtr &) = delete;
-  ComPtr &operator=(const ComPtr &) = delete;
+  ComPtr(const ComPtr&) = delete;
+  ComPtr& operator=(const ComPtr&) = delete;
 
-  T *operator->() const { return p_; }
-  T *get() const { return p_; }
+  T* operator->() const { return p_; }
+  T* get() const { return p_; }
   // The address to receive a new reference; the old one is released first.
-  void **Out() {
+  void** Out() {
     Reset();
-    return reinterpret_cast<void **>(&p_);
+    return reinterpret_cast<void**>(&p_);
   }
   void Reset() {
     if (p_) std::exchange(p_, nullptr)->Release();
   }
 
  private:
-  T *p_ = nullptr;
+  T* p_ = nullptr;
 };
 
 // Owns a BSTR.
 class Bstr {
  public:
-  explicit Bstr(const std::string &text) {
-    int length = MultiByteToWideChar(CP_ACP, 0, text.data(), static_cast<int>(text.size()),
-                                     nullptr, 0);
+  explicit Bstr(const std::string& text) {
+    int length =
+        MultiByteToWideChar(CP_ACP, 0, text.data(), static_cast<int>(text.size()), nullptr, 0);
     b_ = SysAllocStringLen(nullptr, static_cast<UINT>(length));
     if (!b_) throw std::bad_alloc();
     MultiByteToWideChar(CP_ACP, 0, text.data(), static_cast<int>(text.size()), b_, length);
   }
   ~Bstr() { SysFreeString(b_); }
-  Bstr(const Bstr &) = delete;
-  Bstr &operator=(const Bstr &) = delete;
+  Bstr(const Bstr&) = delete;
+  Bstr& operator=(const Bstr&) = delete;
   BSTR get() const { return b_; }
 
  private:
@@ -78,10 +78,10 @@ class Variant {
  public:
   Variant() { VariantInit(&v_); }
   ~Variant() { VariantClear(&v_); }
-  Variant(const Variant &) = delete;
-  Variant &operator=(const Variant &) = delete;
-  VARIANT *get() { return &v_; }
-  const VARIANT &operator*() const { return v_; }
+  Variant(const Variant&) = delete;
+  Variant& operator=(const Variant&) = delete;
+  VARIANT* get() { return &v_; }
+  const VARIANT& operator*() const { return v_; }
 
  private:
   VARIANT v_;
@@ -97,10 +97,10 @@ struct ExceptionInfo {
   }
 };
 
-std::string Narrow(const wchar_t *text, UINT length) {
+std::string Narrow(const wchar_t* text, UINT length) {
   if (!text || length == 0) return {};
-  int size = WideCharToMultiByte(CP_ACP, 0, text, static_cast<int>(length), nullptr, 0, nullptr,
-                                 nullptr);
+  int size =
+      WideCharToMultiByte(CP_ACP, 0, text, static_cast<int>(length), nullptr, 0, nullptr, nullptr);
   std::string result(static_cast<size_t>(size), '\0');
   WideCharToMultiByte(CP_ACP, 0, text, static_cast<int>(length), result.data(), size, nullptr,
                       nullptr);
@@ -110,7 +110,7 @@ std::string Narrow(const wchar_t *text, UINT length) {
 // Throws for a failed HRESULT: a LibraryError carrying the low 16 bits for
 // the library's own codes (interface facility), otherwise the code in hex
 // with the system's text.
-[[noreturn]] void ThrowResult(const std::string &what, HRESULT hr) {
+[[noreturn]] void ThrowResult(const std::string& what, HRESULT hr) {
   if (HRESULT_FACILITY(hr) == FACILITY_ITF)
     throw LibraryError(what, static_cast<VLRESULT>(static_cast<uint16_t>(hr & 0xFFFF)));
   char hex[16];
@@ -129,11 +129,11 @@ void InitialiseCom() {
 }
 
 // A new automation root object of this process's Vlapi64.dll.
-ComPtr<IDispatch> RootObject(const std::string &what) {
+ComPtr<IDispatch> RootObject(const std::string& what) {
   InitialiseCom();
   HMODULE module = GetModuleHandleA("Vlapi64.dll");
   if (!module) throw SystemError(what + ": finding Vlapi64.dll", GetLastError());
-  using GetClassObject = HRESULT(STDAPICALLTYPE *)(REFCLSID, REFIID, void **);
+  using GetClassObject = HRESULT(STDAPICALLTYPE*)(REFCLSID, REFIID, void**);
   auto getClassObject = reinterpret_cast<GetClassObject>(
       reinterpret_cast<void (*)()>(GetProcAddress(module, "DllGetClassObject")));
   if (!getClassObject) throw SystemError(what + ": finding DllGetClassObject", GetLastError());
@@ -148,8 +148,8 @@ ComPtr<IDispatch> RootObject(const std::string &what) {
 
 // Calls the method dispid of object with the arguments given in reverse
 // order (as DISPPARAMS holds them); throws with the code the method raised.
-void CallMethod(IDispatch *object, DISPID dispid, VARIANT *reversedArgs, UINT argCount,
-                VARIANT *result, const std::string &what) {
+void CallMethod(IDispatch* object, DISPID dispid, VARIANT* reversedArgs, UINT argCount,
+                VARIANT* result, const std::string& what) {
   DISPPARAMS params{reversedArgs, nullptr, argCount, 0};
   ExceptionInfo exception;
   UINT argError = 0;
@@ -162,21 +162,21 @@ void CallMethod(IDispatch *object, DISPID dispid, VARIANT *reversedArgs, UINT ar
   if (FAILED(hr)) ThrowResult(what, hr);
 }
 
-std::string VariantText(const VARIANT &value) {
+std::string VariantText(const VARIANT& value) {
   if (V_VT(&value) == VT_BSTR) return Narrow(V_BSTR(&value), SysStringLen(V_BSTR(&value)));
   Variant text;
-  if (FAILED(VariantChangeType(text.get(), const_cast<VARIANT *>(&value), 0, VT_BSTR))) return {};
+  if (FAILED(VariantChangeType(text.get(), const_cast<VARIANT*>(&value), 0, VT_BSTR))) return {};
   return Narrow(V_BSTR(text.get()), SysStringLen(V_BSTR(text.get())));
 }
 
 // The strings of a one-dimensional SAFEARRAY of VARIANTs or of BSTRs.
-std::vector<std::string> ArrayStrings(const VARIANT &value, const std::string &what) {
+std::vector<std::string> ArrayStrings(const VARIANT& value, const std::string& what) {
   std::vector<std::string> strings;
   VARTYPE type = V_VT(&value);
   if (type == VT_EMPTY || type == VT_NULL) return strings;
   if (!(type & VT_ARRAY) || ((type & VT_TYPEMASK) != VT_VARIANT && (type & VT_TYPEMASK) != VT_BSTR))
     ThrowResult(what + ": reading the result", DISP_E_TYPEMISMATCH);
-  SAFEARRAY *array = (type & VT_BYREF) ? *V_ARRAYREF(&value) : V_ARRAY(&value);
+  SAFEARRAY* array = (type & VT_BYREF) ? *V_ARRAYREF(&value) : V_ARRAY(&value);
   if (!array || SafeArrayGetDim(array) != 1) return strings;
   LONG lower = 0, upper = -1;
   SafeArrayGetLBound(array, 1, &lower);
@@ -202,7 +202,7 @@ struct ServersOptions {
   bool json = false;
 };
 
-int RunServers(const Globals &globals, const ServersOptions &options) {
+int RunServers(const Globals& globals, const ServersOptions& options) {
   if (globals.trace) Check(VlxEscape(0, "TRACE", 1), "turning the trace on");
   const std::string what = "listing the servers of the directory service";
   ComPtr<IDispatch> root = RootObject(what);
@@ -212,14 +212,14 @@ int RunServers(const Globals &globals, const ServersOptions &options) {
   if (options.json) {
     PrintJson(Json(names));
   } else {
-    for (const auto &name : names) std::cout << name << "\n";
+    for (const auto& name : names) std::cout << name << "\n";
   }
   return kExitOk;
 }
 
 }  // namespace
 
-void SelectServer(const std::string &name) {
+void SelectServer(const std::string& name) {
   const std::string what = "selecting server " + name;
   ComPtr<IDispatch> root = RootObject(what);
   Bstr serverName(name);
@@ -230,9 +230,9 @@ void SelectServer(const std::string &name) {
   CallMethod(root.get(), kSetServerFromDirectory, &argument, 1, nullptr, what);
 }
 
-void AddServersCommand(CLI::App &app, const Globals &globals, Action &action) {
+void AddServersCommand(CLI::App& app, const Globals& globals, Action& action) {
   auto options = std::make_shared<ServersOptions>();
-  CLI::App *command =
+  CLI::App* command =
       app.add_subcommand("servers", "list the fax servers registered in the directory service");
   command->add_flag("--json", options->json, "JSON output");
   command->callback([&globals, &action, options] {

@@ -8,7 +8,7 @@ namespace vlfax {
 
 // Without the user lock: the user's other programs, and other vlfax runs of
 // a batch, may log on at the same time.
-Session::Session(const std::string &userName) {
+Session::Session(const std::string& userName) {
   Check(VlxAPIInit(&handle_, userName.c_str(), 0, nullptr), "logon as " + userName);
 }
 
@@ -18,7 +18,7 @@ Session::~Session() {
 
 std::string CurrentAccount() {
   // GetUserNameExA lives in secur32.dll, which is loaded only for this call.
-  using GetUserNameExFn = BOOLEAN(WINAPI *)(int, LPSTR, PULONG);
+  using GetUserNameExFn = BOOLEAN(WINAPI*)(int, LPSTR, PULONG);
   constexpr int kNameSamCompatible = 2;
   if (HMODULE secur32 = LoadLibraryA("secur32.dll")) {
     auto getName = reinterpret_cast<GetUserNameExFn>(

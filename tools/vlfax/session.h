@@ -11,10 +11,10 @@ class Session {
  public:
   // Logs userName on (a fax user or a Windows account that USERLIST.INI
   // maps to one); throws LibraryError when the library refuses.
-  explicit Session(const std::string &userName);
+  explicit Session(const std::string& userName);
   ~Session();
-  Session(const Session &) = delete;
-  Session &operator=(const Session &) = delete;
+  Session(const Session&) = delete;
+  Session& operator=(const Session&) = delete;
 
   VLHANDLE handle() const { return handle_; }
 

@@ -31,8 +31,8 @@ class ChangeNotification {
  public:
   explicit ChangeNotification(HANDLE handle) : handle_(handle) {}
   ~ChangeNotification() { Reset(); }
-  ChangeNotification(const ChangeNotification &) = delete;
-  ChangeNotification &operator=(const ChangeNotification &) = delete;
+  ChangeNotification(const ChangeNotification&) = delete;
+  ChangeNotification& operator=(const ChangeNotification&) = delete;
 
   HANDLE get() const { return handle_; }
   explicit operator bool() const { return handle_ != INVALID_HANDLE_VALUE && handle_ != nullptr; }
@@ -51,8 +51,8 @@ class Event {
     if (!handle_) throw SystemError("creating an event", GetLastError());
   }
   ~Event() { CloseHandle(handle_); }
-  Event(const Event &) = delete;
-  Event &operator=(const Event &) = delete;
+  Event(const Event&) = delete;
+  Event& operator=(const Event&) = delete;
   HANDLE get() const { return handle_; }
 
  private:
@@ -71,8 +71,8 @@ class StopOnCtrlC {
     if (installed_) SetConsoleCtrlHandler(Handler, FALSE);
     stopEvent_ = nullptr;
   }
-  StopOnCtrlC(const StopOnCtrlC &) = delete;
-  StopOnCtrlC &operator=(const StopOnCtrlC &) = delete;
+  StopOnCtrlC(const StopOnCtrlC&) = delete;
+  StopOnCtrlC& operator=(const StopOnCtrlC&) = delete;
 
  private:
   static BOOL WINAPI Handler(DWORD type) {
@@ -89,9 +89,9 @@ using Statuses = std::map<std::string, unsigned>;
 
 // Prints a line for each body not in seen and each status that differs from
 // the one seen, then makes seen the list's current statuses.
-void Report(const std::vector<VLMSGINFOEX> &list, Statuses &seen) {
+void Report(const std::vector<VLMSGINFOEX>& list, Statuses& seen) {
   Statuses now;
-  for (const VLMSGINFOEX &info : list) {
+  for (const VLMSGINFOEX& info : list) {
     std::string body = Field(info.Body);
     now[body] = info.Status;
     auto previous = seen.find(body);
@@ -115,7 +115,7 @@ std::string Directory(VLHANDLE handle, uint16_t directory) {
   return Field(buffer);
 }
 
-int RunWatch(const Globals &globals, const WatchOptions &options) {
+int RunWatch(const Globals& globals, const WatchOptions& options) {
   uint16_t directory = options.in ? VL_DIR_IN : VL_DIR_OUT;
   auto session = OpenSession(globals);
   VLHANDLE handle = session->handle();
@@ -128,7 +128,7 @@ int RunWatch(const Globals &globals, const WatchOptions &options) {
   if (!change) throw SystemError("watching " + path, GetLastError());
 
   Statuses seen;
-  for (const VLMSGINFOEX &info : ReadList(handle, directory)) seen[Field(info.Body)] = info.Status;
+  for (const VLMSGINFOEX& info : ReadList(handle, directory)) seen[Field(info.Body)] = info.Status;
 
   Event stop;
   StopOnCtrlC ctrlC(stop.get());
@@ -157,12 +157,12 @@ int RunWatch(const Globals &globals, const WatchOptions &options) {
 
 }  // namespace
 
-void AddWatchCommand(CLI::App &app, const Globals &globals, Action &action) {
+void AddWatchCommand(CLI::App& app, const Globals& globals, Action& action) {
   auto options = std::make_shared<WatchOptions>();
-  CLI::App *command = app.add_subcommand(
+  CLI::App* command = app.add_subcommand(
       "watch", "print new messages and status changes of a directory as they happen");
-  auto *in = command->add_flag("--in", options->in, "the in directory");
-  auto *out = command->add_flag("--out", options->out, "the out directory (default)");
+  auto* in = command->add_flag("--in", options->in, "the in directory");
+  auto* out = command->add_flag("--out", options->out, "the out directory (default)");
   in->excludes(out);
   command
       ->add_option("--timeout", options->timeout,
