@@ -4,7 +4,7 @@
 # naming it; the sample client starts the simulator through the library,
 # submits a fax to three recipients, follows it until it is sent, prints
 # the server's status and stops the simulator; then the VBScript sample does
-# the same through the automation server.
+# the same through the automation server, and vlfax from the command line.
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 "$root/scripts/setup.sh"
@@ -23,3 +23,12 @@ wine regsvr32 /s "$(winepath -w "$root/build/win/bin/Vlapi64.dll")"
 rm -rf sample-tree
 wine "$root/build/win/bin/vlsim.exe" --make-tree sample-tree --client-ini >/dev/null
 wine cscript //nologo "$(winepath -w "$root/samples/sample_client.vbs")"
+# And from the command line: vlfax sends a fax and follows it from "Su" to
+# "OK", on a fresh tree.
+rm -rf sample-tree
+wine "$root/build/win/bin/vlsim.exe" --make-tree sample-tree --client-ini >/dev/null
+vlfax() { wine "$root/build/win/bin/vlfax.exe" --user JSMITH "$@" </dev/null; }
+vlfax server start >/dev/null
+vlfax send --to "Ann Archer" --org "Archer & Co" --fax 02015550101 \
+  --subject "Quarterly figures" --text "The figures are in." --wait
+vlfax server stop

@@ -12,28 +12,28 @@ struct ControlOptions {
   bool in = false;
 };
 
+using RequestFn = VLRESULT (*)(VLHANDLE handle, uint16_t directory, const char* body);
+
 struct Verb {
   const char* name;
   const char* help;
   const char* doing;  // for messages: "holding" ...
   const char* done;   // for the confirmation line: "held" ...
+  RequestFn request;
 };
 
 constexpr Verb kVerbs[] = {
-    {"hold", "hold queued messages", "holding", "held"},
-    {"release", "release held messages", "releasing", "released"},
-    {"rush", "send queued messages at once", "rushing", "rushed"},
-    {"abort", "abort messages", "aborting", "aborted"},
-    {"delete", "delete completed messages and their files", "deleting", "deleted"},
+    {"hold", "hold queued messages", "holding", "held",
+     [](VLHANDLE h, uint16_t d, const char* b) { return VlxHoldMsgEx(h, d, b, nullptr); }},
+    {"release", "release held messages", "releasing", "released",
+     [](VLHANDLE h, uint16_t d, const char* b) { return VlxReleaseMsgEx(h, d, b, nullptr); }},
+    {"rush", "send queued messages at once", "rushing", "rushed",
+     [](VLHANDLE h, uint16_t d, const char* b) { return VlxRushMsgEx(h, d, b, nullptr); }},
+    {"abort", "abort messages", "aborting", "aborted",
+     [](VLHANDLE h, uint16_t d, const char* b) { return VlxAbortMsgEx(h, d, b, nullptr); }},
+    {"delete", "delete completed messages and their files", "deleting", "deleted",
+     [](VLHANDLE h, uint16_t d, const char* b) { return VlxDeleteMsg(h, d, b, 1); }},
 };
-
-VLRESULT Request(const std::string& verb, VLHANDLE handle, uint16_t directory, const char* body) {
-  if (verb == "hold") return VlxHoldMsgEx(handle, directory, body, nullptr);
-  if (verb == "release") return VlxReleaseMsgEx(handle, directory, body, nullptr);
-  if (verb == "rush") return VlxRushMsgEx(handle, directory, body, nullptr);
-  if (verb == "abort") return VlxAbortMsgEx(handle, directory, body, nullptr);
-  return VlxDeleteMsg(handle, directory, body, 1);
-}
 
 // Carries out the request for every body in turn; all names are checked
 // before the first call. Stops at the first failure.
@@ -42,7 +42,7 @@ int RunControl(const Globals& globals, const Verb& verb, const ControlOptions& o
   uint16_t directory = options.in ? VL_DIR_IN : VL_DIR_OUT;
   auto session = OpenSession(globals);
   for (const std::string& body : options.bodies) {
-    Check(Request(verb.name, session->handle(), directory, body.c_str()),
+    Check(verb.request(session->handle(), directory, body.c_str()),
           std::string(verb.doing) + " " + body);
     std::cout << body << " " << verb.done << "\n";
   }

@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <iostream>
 
+#include "automation_client.h"
 #include "commands.h"
 #include "errors.h"
 #include "output.h"
@@ -68,6 +69,34 @@ Json EventJson(const VLMSGHISTORYEX& e) {
           {"remote_server", Field(e.RemoteServer)}};
 }
 
+// One addressee of a message and how far it has got.
+struct Recipient {
+  std::string name;
+  std::string organisation;
+  std::string address;
+  long type = 0;
+  long status = 0;
+};
+
+// The addressees of a message, which the flat interface does not list, read
+// through the automation objects of a second log-on of the same user.
+std::vector<Recipient> ReadRecipients(const std::string& user, uint16_t directory,
+                                      const std::string& body) {
+  AutomationObject session =
+      RootObject("reading the recipients of " + body).Object("Logon", {user, false});
+  AutomationObject list = session.Object(directory == VL_DIR_IN ? "Inbox" : "Outbox")
+                              .Object("GetMsg", {body})
+                              .Object("GetMsgRecipients");
+  std::vector<Recipient> recipients;
+  for (long i = 0, count = list.Number("Count"); i < count; ++i) {
+    AutomationObject item = list.Object("Item", {i});
+    recipients.push_back({item.Text("To"), item.Text("Organisation"), item.Text("Fax"),
+                          item.Number("Type"), item.Number("Status")});
+  }
+  session.Invoke("Logoff");
+  return recipients;
+}
+
 int RunShow(const Globals& globals, const ShowOptions& options) {
   CheckBodyName(options.body);
   uint16_t directory = options.in ? VL_DIR_IN : VL_DIR_OUT;
@@ -76,8 +105,17 @@ int RunShow(const Globals& globals, const ShowOptions& options) {
   Check(VlxGetMsgInfoEx(session->handle(), directory, options.body.c_str(), sizeof info, &info),
         "reading message " + options.body);
   std::vector<VLMSGHISTORYEX> history = ReadHistory(session->handle(), directory, options.body);
+  std::vector<Recipient> recipients = ReadRecipients(globals.user, directory, options.body);
 
   if (options.json) {
+    Json addressees = Json::array();
+    for (const auto& r : recipients)
+      addressees.push_back({{"name", r.name},
+                            {"organisation", r.organisation},
+                            {"type", MessageTypeWord(static_cast<unsigned>(r.type))},
+                            {"address", r.address},
+                            {"status", MessageStatusWord(static_cast<unsigned>(r.status))},
+                            {"status_code", r.status}});
     Json events = Json::array();
     for (const auto& e : history) events.push_back(EventJson(e));
     PrintJson({{"body", Field(info.Body)},
@@ -91,6 +129,7 @@ int RunShow(const Globals& globals, const ShowOptions& options) {
                {"comment", Field(info.Comment)},
                {"organisation", Field(info.Organisation)},
                {"custom", Field(info.Custom)},
+               {"recipients", addressees},
                {"history", events}});
     return kExitOk;
   }
@@ -104,6 +143,14 @@ int RunShow(const Globals& globals, const ShowOptions& options) {
             << "Comment:      " << Field(info.Comment) << "\n"
             << "Organisation: " << Field(info.Organisation) << "\n";
   if (info.Custom[0]) std::cout << "Custom:       " << Field(info.Custom) << "\n";
+  std::cout << "Recipients (" << recipients.size() << "):\n";
+  for (const auto& r : recipients) {
+    std::cout << "  " << MessageStatusWord(static_cast<unsigned>(r.status)) << "  "
+              << MessageTypeWord(static_cast<unsigned>(r.type)) << " " << r.address << "  "
+              << r.name;
+    if (!r.organisation.empty()) std::cout << ", " << r.organisation;
+    std::cout << "\n";
+  }
   std::cout << "History (" << history.size() << " events):\n";
   for (const auto& e : history) std::cout << "  " << EventLine(e) << "\n";
   return kExitOk;

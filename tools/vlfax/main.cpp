@@ -22,10 +22,20 @@ void CheckBodyName(const std::string& body) {
 
 namespace {
 
+// Prints why the command line is wrong and the usage of the deepest
+// subcommand that was named; returns the usage exit code.
+int Usage(CLI::App& app, const std::string& why) {
+  std::cerr << "vlfax: " << why << "\n";
+  CLI::App* chosen = &app;
+  while (!chosen->get_subcommands().empty()) chosen = chosen->get_subcommands().front();
+  std::cerr << chosen->help();
+  return kExitUsage;
+}
+
 int Run(int argc, char** argv) {
   Globals globals;
   Action action;
-  CLI::App app{"vlfax - send faxes and manage messages and the fax server"};
+  CLI::App app{"vlfax - send faxes and manage messages and the fax server", "vlfax"};
   app.require_subcommand(1);
   app.footer(
       "Exit codes:\n"
@@ -50,18 +60,15 @@ int Run(int argc, char** argv) {
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& e) {
-    int code = app.exit(e);
-    return code == 0 ? kExitOk : kExitUsage;
+    // --help is a parse "error" of exit code 0: CLI11 prints the help.
+    if (e.get_exit_code() == 0) return app.exit(e);
+    return Usage(app, e.what());
   }
   if (globals.user.empty()) globals.user = CurrentAccount();
   try {
     return action ? action() : kExitUsage;
   } catch (const UsageError& e) {
-    std::cerr << "vlfax: " << e.what() << "\n";
-    CLI::App* chosen = app.get_subcommands().empty() ? &app : app.get_subcommands().front();
-    while (!chosen->get_subcommands().empty()) chosen = chosen->get_subcommands().front();
-    std::cerr << chosen->help();
-    return kExitUsage;
+    return Usage(app, e.what());
   } catch (const std::exception& e) {
     std::cerr << "vlfax: " << e.what() << "\n";
     return kExitFailure;

@@ -119,6 +119,15 @@ std::string FullPath(const std::string& path) {
   return full;
 }
 
+// The full path of a file the message refers to, checked to be readable
+// now, so that a wrong name is reported by name and no message is made.
+std::string ReadableFile(const std::string& path) {
+  std::string full = FullPath(path);
+  std::ifstream file(full, std::ios::binary);
+  if (!file) throw SystemError("reading " + path, GetLastError());
+  return full;
+}
+
 // Body text with CR LF line ends, ending with a line end.
 std::string TextLines(const std::string& text) {
   std::string lines;
@@ -157,7 +166,7 @@ std::string SubmitText(const CLI::App& command, const SendOptions& o) {
   if (o.remove) line("Delete:", "YES");
   if (!o.cover.empty()) line("Coversheet:", o.cover);
   if (!o.letterhead.empty()) line("Letterhead:", o.letterhead);
-  for (const std::string& file : o.files) line("Document:", FullPath(file));
+  for (const std::string& file : o.files) line("Document:", ReadableFile(file));
   for (const Recipient& r : recipients) {
     line("To:", r.name);
     if (!r.organisation.empty()) line("Organisation:", r.organisation);
@@ -165,7 +174,7 @@ std::string SubmitText(const CLI::App& command, const SendOptions& o) {
   }
   if (!o.coverText.empty()) s << "%%[COVERTEXT]\r\n" << TextLines(o.coverText);
   if (!o.textFile.empty() && o.textFile != "-") {
-    s << "%%[FILE]\r\n" << FullPath(o.textFile) << "\r\n";
+    s << "%%[FILE]\r\n" << ReadableFile(o.textFile) << "\r\n";
   } else {
     std::string body = o.text;
     if (o.textFile == "-") body = ReadAll(std::cin);
