@@ -8,8 +8,8 @@
 # one of 10,000 messages. The user's client configuration is pointed at a
 # fresh tree for the run.
 set -euo pipefail
-bin=${1:?BIN_DIR}
-list=${2:?LIST_FILE}
+bin=$(cd "${1:?BIN_DIR}" && pwd)
+list=$(realpath "${2:?LIST_FILE}")
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 cd "$work"

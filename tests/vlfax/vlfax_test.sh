@@ -163,9 +163,9 @@ run hold TOOLONGNAME
 run list --no-such-option
 run show NOPE
 # Wine: a process of its own cannot be pointed at the tests' private slapd
-# (a serverless directory path needs the machine's domain, which Wine's
-# directory services do not find), so servers and --server show their
-# failure here; discovery itself is tested in-process against slapd.
+# (a serverless directory path needs a domain that DNS resolves, which this
+# machine has not), so servers and --server show their failure here;
+# discovery itself is tested in-process against slapd.
 run servers
 run --server FAXEAST list
 tell quit
