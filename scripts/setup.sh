@@ -2,14 +2,15 @@
 # Installs what is missing (Debian packages), then configures and builds the
 # Windows DLL with its tests (build/win), the native sanitizer build of the
 # portable core (build/native) and its fuzz targets (build/fuzz, clang with
-# libFuzzer), and readies the private Wine prefix.
+# libFuzzer), and readies the private Wine prefix. With --packages-only it
+# only installs what is missing.
 set -euo pipefail
 root=$(cd "$(dirname "$0")/.." && pwd)
 
 packages=(wine wine64 wine64-tools g++-mingw-w64-x86-64 mingw-w64-tools
           binutils-mingw-w64-x86-64 cmake ninja-build googletest g++
           clang libclang-rt-dev slapd ldap-utils python3 libwine-dev
-          libcli11-dev nlohmann-json3-dev)
+          libcli11-dev nlohmann-json3-dev wixl msitools doxygen zip unzip)
 missing=()
 for package in "${packages[@]}"; do
   dpkg-query -W -f='${Status}' "$package" 2>/dev/null | grep -q "install ok installed" ||
@@ -26,6 +27,7 @@ if [ ${#missing[@]} -gt 0 ]; then
   DEBIAN_FRONTEND=noninteractive $sudo apt-get install -y -qq --no-install-recommends \
     "${missing[@]}" >/dev/null
 fi
+[ "${1:-}" != --packages-only ] || exit 0
 
 cmake -S "$root" -B "$root/build/win" -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo \
   -DCMAKE_TOOLCHAIN_FILE="$root/cmake/mingw-w64-x86_64.cmake" >/dev/null
