@@ -1,9 +1,10 @@
 #!/usr/bin/env python3
 """Every function the library exports has its reference: in the XML that
 Doxygen made for the package, a brief description, every parameter
-described, and its result codes (or the function whose codes it shares);
-the in-process server's entry points, which the header does not declare,
-are named on the main page.
+described, and its result codes (or a function whose listed codes it
+shares); every record of the header has a description; the in-process
+server's entry points, which the header does not declare, are named on the
+main page.
 
     reference_test.py DOXYGEN_XML_DIR DEF_FILE MAIN_PAGE
 """
@@ -24,10 +25,22 @@ def main():
         if match:
             (entry_points if match.group(2) == "PRIVATE" else exports).append(match.group(1))
 
+    header = ET.parse(f"{xml_dir}/vlapi_8h.xml")
     documented = {}
-    for member in ET.parse(f"{xml_dir}/vlapi_8h.xml").iter("memberdef"):
+    for member in header.iter("memberdef"):
         if member.get("kind") == "function":
             documented[text(member.find("name"))] = member
+
+    def lists_codes(name, seen):
+        """The function's codes are listed, or are those of functions it names."""
+        member = documented.get(name)
+        if member is None or name in seen:
+            return False
+        seen.add(name)
+        returns = [s for s in member.iter("simplesect") if s.get("kind") == "return"]
+        codes = text(returns[0]) if returns else ""
+        return "VL_OK" in codes or any(
+            lists_codes(other, seen) for other in re.findall(r"Vlx\w+", codes))
 
     failures = []
     for name in exports:
@@ -42,9 +55,13 @@ def main():
         for param in params:
             if param and param not in described:
                 failures.append(f"{name}: parameter {param} not described")
-        returns = [s for s in member.iter("simplesect") if s.get("kind") == "return"]
-        if not returns or not re.search(r"VL_OK|Vlx\w+", text(returns[0])):
+        if not lists_codes(name, set()):
             failures.append(f"{name}: no result codes")
+    records = [text(c) for c in header.iter("innerclass")]
+    for record in header.iter("innerclass"):
+        compound = ET.parse(f"{xml_dir}/{record.get('refid')}.xml").find("compounddef")
+        if not text(compound.find("briefdescription")):
+            failures.append(f"{text(record)}: record without a description")
     page = open(main_page).read()
     for name in entry_points:
         if name not in page:
@@ -53,7 +70,7 @@ def main():
     for failure in failures:
         print("FAILED:", failure)
     failing = {failure.split(":")[0] for failure in failures}
-    checked = len(exports) + len(entry_points)
+    checked = len(exports) + len(entry_points) + len(records)
     print(f"{checked - len(failing)} passed, {len(failing)} failed")
     return 1 if failures else 0
 

@@ -19,6 +19,7 @@ constexpr const char* kBodyPrefix = "VFAX";
 constexpr unsigned kFirstFinalStatus = 30;
 constexpr unsigned kStatusOk = 30;
 constexpr DWORD kPollMs = 200;
+constexpr ULONGLONG kBusyRetryMs = 5000;
 
 struct Recipient {
   std::string name;
@@ -235,6 +236,18 @@ unsigned Follow(VLHANDLE handle, const std::string& body, int timeoutSeconds) {
   }
 }
 
+// Submits the file. A message list that another program reads at that
+// moment refuses the submission (0xF711) with nothing left behind; the
+// submission is made again for up to kBusyRetryMs.
+VLRESULT SubmitWhileListBusy(VLHANDLE handle, const std::string& path, char* body) {
+  const ULONGLONG start = GetTickCount64();
+  for (;;) {
+    VLRESULT rc = VlxSendSubmitFile(handle, path.c_str(), kBodyPrefix, body);
+    if (rc != VL_E_INFO_FILE_OPEN_ERROR || GetTickCount64() - start >= kBusyRetryMs) return rc;
+    Sleep(20);
+  }
+}
+
 int RunSend(const Globals& globals, const CLI::App& command, const SendOptions& options) {
   std::string text;
   if (options.submitFile.empty()) {
@@ -251,8 +264,7 @@ int RunSend(const Globals& globals, const CLI::App& command, const SendOptions& 
   {
     TemporaryFile submit;
     submit.Write(text);
-    Check(VlxSendSubmitFile(session->handle(), submit.path().c_str(), kBodyPrefix, body),
-          "submitting the message");
+    Check(SubmitWhileListBusy(session->handle(), submit.path(), body), "submitting the message");
   }
   std::cout << body << "\n" << std::flush;
   if (!options.wait) return kExitOk;
