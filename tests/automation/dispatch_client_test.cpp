@@ -32,11 +32,10 @@ HRESULT Call(IDispatch* object, DISPID id, WORD flags, std::vector<VARIANT> argu
   return hr;
 }
 
-TEST(DispatchClientTest, ReachesMembersByIdentifierAndMayUnloadOnceAllIsReleased) {
-  vltest::Scratch scratch;
-  vltest::FaxTree tree(scratch);
-  tree.AddUser("JSMITH");
-  tree.PrepareSender("JSMITH");
+using DispatchClientTest = vltest::JsmithTest;
+
+TEST_F(DispatchClientTest, ReachesMembersByIdentifierAndMayUnloadOnceAllIsReleased) {
+  tree_.PrepareSender("JSMITH");
   vltest::ComApartment apartment;
   CLSID clsid;
   ASSERT_EQ(CLSIDFromProgID(L"Vlapi32.VlAPI", &clsid), S_OK);
@@ -47,8 +46,8 @@ TEST(DispatchClientTest, ReachesMembersByIdentifierAndMayUnloadOnceAllIsReleased
 
   VARIANT result;
   ASSERT_EQ(Call(api, 7, DISPATCH_METHOD,
-                 {Text(tree.Server()), Text(tree.System()), Text(tree.Users()),
-                  Text(tree.Request())},
+                 {Text(tree_.Server()), Text(tree_.System()), Text(tree_.Users()),
+                  Text(tree_.Request())},
                  &result),
             S_OK);  // SetVelomarDirs
   VARIANT no = {};

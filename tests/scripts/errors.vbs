@@ -17,9 +17,6 @@ Set api = CreateObject("Vlapi32.VlAPI")
 WScript.Echo "Version " & api.Version
 api.SetVelomarDirs tree & "\SERVER", tree & "\SYSTEM", tree & "\USERS", tree & "\REQUEST"
 WScript.Echo "Areas " & api.ServerDir & " " & api.UsersDir & " " & api.RequestDir
-api.SetVelomarDirs tree & "\SERVER", tree & "\SYSTEM", String(70, "U"), tree & "\REQUEST"
-WScript.Echo "Users area kept: " & Len(api.UsersDir) & " characters"
-api.SetVelomarDirs tree & "\SERVER", tree & "\SYSTEM", tree & "\USERS", tree & "\REQUEST"
 
 On Error Resume Next
 api.AutoTempDirectory = False: Show "AutoTempDirectory unchanged"
@@ -46,9 +43,7 @@ Set value = message.Recipients.Item(Null): Show "Item(Null)"
 Set value = message.Recipients.Item(1E+20): Show "Item(1E+20)"
 Set value = message.Recipients.Item(api): Show "Item(an object)"
 Set value = message.Recipients.Item("abc"): Show "Recipients.Item(""abc"")"
-Set value = message.Recipients.Item(5): Show "Recipients.Item(5)"
 message.Files.Add "": Show "Files.Add """""
-Set value = session.Outbox.GetMsg("NOSUCH").GetMsgInfo: Show "GetMsgInfo of an unknown message"
 session.Logoff: Show "Logoff"
 session.Logoff: Show "Logoff again"
 value = session.UserArea: Show "UserArea after Logoff"

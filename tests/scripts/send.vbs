@@ -1,7 +1,7 @@
-' needs: simulator. A message composed with every property, sent and
-' followed through the Outbox until the server has completed it; hold,
-' release and abort; the server's status, devices and lists; For Each over
-' every kind of collection.
+' needs: simulator. A message given properties of each kind (every line of
+' its submit file is the automation tests'), sent and followed through the
+' Outbox until the server has completed it; hold, release and abort; the
+' server's status, devices and lists; For Each over every kind of collection.
 Option Explicit
 Dim tree, api, session, server, info, item, message, body, held, aborted, fso, document
 
@@ -35,20 +35,8 @@ message.Subject = "Every property"
 message.Comment = "comment"
 message.CustomField = "custom"
 message.Text = "The text part."
-message.Covertext = "Cover text."
-message.From = "Script"
-message.Charge = "CC-7"
-message.User = "JSMITH"
-message.Letterhead = "COMPANY"
-message.CoverSheet = "STANDARD"
 message.Priority = 3
-message.Quality = 1
-message.Format = 1
-message.Header = 31
-message.SendTime = 1
 message.Hold = False
-message.Preview = False
-message.Broadcast = False
 message.Delete = False
 message.Recipients.AddFaxRecipient "Ann Archer", "Archer & Co", "02015550101"
 message.Recipients.AddFaxRecipient("Bob Baker", "", "02015550102").Custom = "B-1"

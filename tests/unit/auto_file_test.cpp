@@ -59,18 +59,6 @@ TEST_F(AutoFileTest, NamesCountUpFromZeroSkippingTakenBaseNames) {
                                       "~FAXA003.DIR", "~FAXA004.TIF", "~FAXB000.C"}));
 }
 
-TEST_F(AutoFileTest, AfterTheLowReserveTheCounterStartsAtRandom) {
-  for (int i = 0; i <= 39; ++i) {
-    char name[32];
-    std::snprintf(name, sizeof name, "~RQST%03d.TMP", i);
-    vltest::WriteFile(dir_ + name, "");
-  }
-  ASSERT_EQ(Create("RQST", "TMP", dir_), VL_OK);
-  const int counter = std::stoi(std::string(name_).substr(5));
-  EXPECT_GE(counter, 40);
-  EXPECT_LE(counter, 999);
-}
-
 TEST_F(AutoFileTest, CandidatesFollowTheThreePhasesInOrder) {
   // At second 4, millisecond 955 the decimal phase starts at 999 and wraps
   // to 040; the base-36 phase starts at (955 * 53 + 4) % 46646 + 10 = 3983,
@@ -108,28 +96,22 @@ TEST_F(AutoFileTest, CandidatesFollowTheThreePhasesInOrder) {
 
 TEST_F(AutoFileTest, ArgumentsAreCheckedBeforeAnyFileIsMade) {
   const std::string path256 = scratch_.Dir() + std::string(256 - scratch_.Dir().size(), 'p');
+  const std::string length = "Prefix name must be 4 characters", ext = "Extension name invalid";
+  const std::string path = "Path name invalid", prefix = "Prefix name invalid";
   const struct {
-    const char* prefix;
-    const char* extension;
-    std::string path;
-    const char* report;
+    const char *prefix, *extension;
+    std::string path, report;
   } cases[] = {
-      {"FAX", "TIF", dir_, "Prefix name must be 4 characters"},
-      {"FAXAB", "TIF", dir_, "Prefix name must be 4 characters"},
-      {nullptr, "TIF", dir_, "Prefix name must be 4 characters"},
-      {"FAXA", "", dir_, "Extension name invalid"},
-      {"FAXA", "TIFF", dir_, "Extension name invalid"},
-      {"FAXA", nullptr, dir_, "Extension name invalid"},
-      {"FAXA", "TIF", "", "Path name invalid"},
-      {"FAXA", "TIF", path256, "Path name invalid"},
-      {"FAXA", "TIF", path256 + "\\", "Path name invalid"},
+      {"FAX", "TIF", dir_, length},  {"FAXAB", "TIF", dir_, length}, {nullptr, "TIF", dir_, length},
+      {"FAXA", "", dir_, ext},       {"FAXA", "TIFF", dir_, ext},    {"FAXA", nullptr, dir_, ext},
+      {"FAXA", "TIF", "", path},     {"FAXA", "TIF", path256, path},
+      {"FAXA", "TIF", path256 + "\\", path},
+      // Only characters that message lists keep.
+      {"A:BC", "TIF", dir_, prefix}, {"A.BC", "TIF", dir_, prefix}, {"FAXA", "C\x01", dir_, ext},
   };
   for (const auto& c : cases) {
     Reported::Clear();
-    std::snprintf(name_, sizeof name_, "junk");
-    EXPECT_EQ(VlxCreateAutoFile(handle_, c.prefix, c.extension, c.path.c_str(), name_),
-              VL_E_INVALID_PARAM)
-        << c.report;
+    EXPECT_EQ(Create(c.prefix, c.extension, c.path), VL_E_INVALID_PARAM) << c.report;
     EXPECT_EQ(Reported::Texts(), std::vector<std::string>{c.report});
     EXPECT_STREQ(name_, "junk");
   }
@@ -139,11 +121,6 @@ TEST_F(AutoFileTest, ArgumentsAreCheckedBeforeAnyFileIsMade) {
   EXPECT_EQ(VlxCreateAutoFile(handle_, "FAX", "TIF", dir_.c_str(), nullptr), VL_E_INVALID_PARAM);
   EXPECT_EQ(Reported::Last(), "Prefix name must be 4 characters");  // the arguments come first
   EXPECT_TRUE(vltest::ListDirectory(dir_).empty());
-}
-
-TEST_F(AutoFileTest, MissingDirectoryIsAnInvalidPath) {
-  EXPECT_EQ(Create("FAXA", "TIF", scratch_.Path("MISSING\\")), VL_E_PATH_NOT_FOUND);
-  EXPECT_EQ(Reported::Last(), "Path not found");
 }
 
 TEST_F(AutoFileTest, NamesStillReferencedByTheMessageListAreSkipped) {
@@ -179,23 +156,20 @@ TEST_F(AutoFileTest, AListedNameThatCannotBeSetAsideFailsTheCall) {
 }
 
 TEST_F(AutoFileTest, GeneratorFailuresMapToResultCodes) {
-  const struct {
-    int error;
-    VLRESULT code;
-    const char* report;
-  } cases[] = {
-      {os::kTooManyOpenFiles, VL_E_FILE_CREATE_ERROR, "Unable to create file"},
-      {os::kAccessDenied, VL_E_INVALID_PARAM, "Invalid parameters"},
-      {os::kPathNotFound, VL_E_PATH_NOT_FOUND, "Path not found"},
+  using os::fault::Op;
+  const struct { Op op; int error; VLRESULT code; const char* report; } cases[] = {
+      {Op::CreateExclusive, os::kTooManyOpenFiles, VL_E_FILE_CREATE_ERROR, "Unable to create file"},
+      {Op::CreateExclusive, os::kAccessDenied, VL_E_INVALID_PARAM, "Invalid parameters"},
+      {Op::ListFiles, os::kAccessDenied, VL_E_INVALID_PARAM, "Invalid parameters"},
   };
   for (const auto& c : cases) {
-    os::fault::Inject(os::fault::Op::CreateExclusive, 1, c.error);
+    os::fault::Inject(c.op, 1, c.error);
     EXPECT_EQ(Create("FAXA", "TIF", dir_), c.code) << c.error;
     EXPECT_EQ(Reported::Last(), c.report);
   }
-  os::fault::Inject(os::fault::Op::ListFiles, 1, os::kAccessDenied);
-  EXPECT_EQ(Create("FAXA", "TIF", dir_), VL_E_INVALID_PARAM);
   EXPECT_TRUE(vltest::ListDirectory(dir_).empty());
+  EXPECT_EQ(Create("FAXA", "TIF", scratch_.Path("MISSING\\")), VL_E_PATH_NOT_FOUND);
+  EXPECT_EQ(Reported::Last(), "Path not found");
 }
 
 TEST_F(AutoFileTest, EveryCounterTakenMeansAllFilesExist) {

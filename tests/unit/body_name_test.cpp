@@ -120,15 +120,4 @@ TEST_F(BodyNameTest, NamesWithinTheRuleAreWrittenAndReadBack) {
   }
 }
 
-TEST_F(BodyNameTest, GeneratedNamesTakeOnlyCharactersThatListsKeep) {
-  char name[16];
-  for (const char* prefix : {"A:BC", "A.BC"}) {
-    EXPECT_EQ(VlxCreateAutoFile(handle_, prefix, "CTL", Out().c_str(), name), VL_E_INVALID_PARAM);
-    EXPECT_EQ(Reported::Last(), "Prefix name invalid");
-  }
-  EXPECT_EQ(VlxCreateAutoFile(handle_, "FAXA", "C\x01", Out().c_str(), name), VL_E_INVALID_PARAM);
-  EXPECT_EQ(Reported::Last(), "Extension name invalid");
-  EXPECT_TRUE(vltest::ListDirectory(Out()).empty());
-}
-
 }  // namespace

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "api/config.h"
 #include "api/ini_locator.h"
 #include "api/process_state.h"
 #include "api/text.h"
@@ -101,8 +102,13 @@ class ConfigDiscovery : public ::testing::Test {
   VLHANDLE handle_ = 0;
 };
 
-TEST_F(ConfigDiscovery, ClientFileInTheApplicationDataFolderNamesTheAreas) {
+TEST_F(ConfigDiscovery, ExplicitAreasElseTheClientFileInTheApplicationDataFolderNameTheAreas) {
   tree_.AddUser("JSMITH");
+  tree_.UseAsExplicitAreas();
+  ASSERT_EQ(Init("JSMITH"), VL_OK) << Reported::Last();
+  EXPECT_FALSE(vl::Process().apiSettingsRead) << "no file is read";
+  EXPECT_EQ(Area(&VlxGetUserArea), tree_.Users() + "JSMITH\\");
+  vl::ClearExplicitAreas();
   WriteClientFile(tree_.ConfigText());
   ASSERT_EQ(Init("JSMITH"), VL_OK) << Reported::Last();
   EXPECT_EQ((Lines{Area(&VlxGetUserArea), Area(&VlxGetSystemArea), Area(&VlxGetRequestArea),
@@ -112,14 +118,6 @@ TEST_F(ConfigDiscovery, ClientFileInTheApplicationDataFolderNamesTheAreas) {
   EXPECT_TRUE(Reported::Texts().empty());
 }
 
-TEST_F(ConfigDiscovery, ExplicitAreasReplaceTheFile) {
-  tree_.AddUser("JSMITH");
-  tree_.UseAsExplicitAreas();
-  ASSERT_EQ(Init("JSMITH"), VL_OK) << Reported::Last();
-  EXPECT_FALSE(vl::Process().apiSettingsRead);
-  EXPECT_EQ(Area(&VlxGetUserArea), tree_.Users() + "JSMITH\\");
-}
-
 TEST_F(ConfigDiscovery, TheAreaKeywordsGiveTheAreasAndWhatIsMissingIsReported) {
   tree_.AddUser("JSMITH");
   const std::string users = tree_.Users(), system = tree_.System(), request = tree_.Request();
@@ -127,11 +125,8 @@ TEST_F(ConfigDiscovery, TheAreaKeywordsGiveTheAreasAndWhatIsMissingIsReported) {
   const std::string longUsers =
       scratch_.Dir() + std::string(250 - scratch_.Dir().size(), 'U') + "\\";
   const Lines areas = {users + "\\", system};
-  const struct {
-    std::string text;  // empty: no client file
-    VLRESULT code;
-    Lines want;  // the users and system areas, or what is reported
-  } cases[] = {
+  // text: empty for no client file; want: the users and system areas, or what is reported.
+  const struct { std::string text; VLRESULT code; Lines want; } cases[] = {
       {"", VL_E_INIT_FAIL, {"Cannot open file " + clientFile_}},
       {"[API]\r\nTrace: NO\r\n\r\n[OTHER]\r\nSystemArea: X\\\r\n", VL_E_INVALID_INI_FILE,
        {"[SERVER]/[WORKSTATION] Paragraph missing from file (" + clientFile_ + ")"}},
@@ -190,18 +185,17 @@ TEST_F(ConfigDiscovery, ApiSettingsAreReadOncePerProcess) {
   vl::Process().traceSwitch = 0;
   WriteClientFile("[API]\r\nTrace: YES\r\nOverRideFrom: on\r\n\r\n" + tree_.ConfigText());
   ASSERT_EQ(Init(), VL_OK);
-  EXPECT_TRUE(vl::Process().apiSettingsRead);
-  EXPECT_EQ(vl::Process().traceSetting, 1);
-  EXPECT_EQ(vl::Process().mailTraceSetting, 0);
-  EXPECT_EQ(vl::Process().overrideFrom, 1);
+  const vl::ProcessState& p = vl::Process();
+  EXPECT_TRUE(p.apiSettingsRead);
+  EXPECT_EQ((std::vector<int>{p.traceSetting, p.mailTraceSetting, p.overrideFrom}),
+            (std::vector<int>{1, 0, 1}));
   WriteClientFile("[API]\r\nTrace: NO\r\n\r\n" + tree_.ConfigText());
   ASSERT_EQ(Init(), VL_OK);
-  EXPECT_EQ(vl::Process().traceSetting, 1) << "not read again";
-
-  const Lines lines = vltest::TraceLines(scratch_);
-  ASSERT_GE(lines.size(), 2u);
-  EXPECT_EQ(lines[0].substr(12), "API settings read from VELOMAR.INI");
-  EXPECT_EQ(lines[1].substr(12), "VlxAPIInit - user '(none)'");
+  EXPECT_EQ(p.traceSetting, 1) << "not read again";
+  Lines lines = vltest::TraceLines(scratch_);
+  lines.resize(2);
+  for (std::string& line : lines) line.erase(0, 12);  // the session field
+  EXPECT_EQ(lines, (Lines{"API settings read from VELOMAR.INI", "VlxAPIInit - user '(none)'"}));
 }
 
 TEST_F(ConfigDiscovery, SearchPathFindsTheServerFile) {

@@ -134,10 +134,7 @@ TEST_F(DirectorySlapdTest, ASelectedServerGivesEveryLaterSessionItsAreasUntilAnE
   tree.UseAsRelativeAreas();  // the working directory; FAXWEST's areas are relative
   vl::ClearExplicitAreas();
 
-  const struct {
-    const char* name;
-    VLRESULT result;
-  } refused[] = {{nullptr, VL_E_INVALID_PARAM},
+  const struct { const char* name; VLRESULT result; } refused[] = {{nullptr, VL_E_INVALID_PARAM},
                  {"FAXSOUTH", VL_E_AD_ERROR},          // no such server
                  {"FAXNORTH", VL_E_AD_VALUE_NOT_SET}};  // no system area
   for (const auto& c : refused)

@@ -26,22 +26,18 @@ Row ServerRow(const std::string& dn, std::vector<std::string> binding) {
   return Row{{{"distinguishedname", {dn}}, {"serviceBindingInformation", std::move(binding)}}};
 }
 
-class FakeSearch : public os::ads::Search {
- public:
-  FakeSearch(std::vector<Row> rows, Result result) : rows_(std::move(rows)), result_(result) {}
+struct FakeSearch : os::ads::Search {
+  FakeSearch(std::vector<Row> rows, Result result) : rows(std::move(rows)), result(result) {}
   Result Execute(const std::string&, const std::vector<std::string>&,
-                 std::vector<Row>* rows) override {
-    *rows = rows_;
-    return result_;
+                 std::vector<Row>* found) override {
+    *found = rows;
+    return result;
   }
-
- private:
-  std::vector<Row> rows_;
-  Result result_;
+  std::vector<Row> rows;
+  Result result;
 };
 
-class FakeDirectory : public os::ads::Provider {
- public:
+struct FakeDirectory : os::ads::Provider {
   Result catalogResult = os::ads::kFail;
   os::ads::CatalogStep catalogStep = os::ads::CatalogStep::Open;
   bool catalogSearch = true;
@@ -107,18 +103,13 @@ class DirectoryTest : public ::testing::Test {
 };
 
 TEST(DistinguishedNameTest, TheComputerIsTheCommonNameOfTheSecondElement) {
-  const struct {
-    const char* dn;
-    const char* computer;  // null: none
-  } cases[] = {{"CN=VelomarServer,CN=FAXEAST,OU=Computers,DC=corp", "FAXEAST"},
-               {"cn=VelomarServer,cn=faxeast", "faxeast"},
-               {"CN=VelomarServer,CN=FAX\\,EAST,DC=corp", "FAX,EAST"},
-               {"CN=VelomarServer,CN=FAX\\2cEAST", "FAX,EAST"},
-               {"CN=VelomarServer,CN=END\\", "END\\"},
-               {"CN=VelomarServer,OU=Computers", nullptr},
-               {"CN=VelomarServer", nullptr},
-               {"", nullptr},
-               {",,,", nullptr}};
+  const struct { const char* dn; const char* computer; } cases[] = {  // null: no computer
+      {"CN=VelomarServer,CN=FAXEAST,OU=Computers,DC=corp", "FAXEAST"},
+      {"cn=VelomarServer,cn=faxeast", "faxeast"},
+      {"CN=VelomarServer,CN=FAX\\,EAST,DC=corp", "FAX,EAST"},
+      {"CN=VelomarServer,CN=FAX\\2cEAST", "FAX,EAST"}, {"CN=VelomarServer,CN=END\\", "END\\"},
+      {"CN=VelomarServer,OU=Computers", nullptr}, {"CN=VelomarServer", nullptr},
+      {"", nullptr}, {",,,", nullptr}};
   for (const auto& c : cases) {
     std::string computer;
     bool found = vl::directory::ComputerOf(c.dn, &computer);
@@ -139,12 +130,8 @@ TEST_F(DirectoryTest, AWorkingGlobalCatalogueIsSearchedWithoutTheDefaultDomain) 
 }
 
 TEST_F(DirectoryTest, EachFailingStepOfTheCatalogueBindIsLoggedAndTheDefaultDomainTakesOver) {
-  const struct {
-    Result result;
-    os::ads::CatalogStep step;
-    bool search;
-    const char* line;  // null: nothing beyond the fallback
-  } cases[] = {
+  // line: what is logged beyond the fallback, if anything.
+  const struct { Result rc; os::ads::CatalogStep step; bool search; const char* line; } cases[] = {
       {os::ads::kFail, os::ads::CatalogStep::Open, true,
        "VLADInfo::GetGCSearchPtr() - Unable to AdsOpenObject on GC (80004005)"},
       {os::ads::kNotImplemented, os::ads::CatalogStep::Enumerator, true,
@@ -153,7 +140,7 @@ TEST_F(DirectoryTest, EachFailingStepOfTheCatalogueBindIsLoggedAndTheDefaultDoma
        "VLADInfo::GetGCSearchPtr() - Failed to get enum object (80004005)"},
       {os::ads::kOk, os::ads::CatalogStep::Element, false, nullptr}};  // no search interface
   for (const auto& c : cases) {
-    directory_.catalogResult = c.result;
+    directory_.catalogResult = c.rc;
     directory_.catalogStep = c.step;
     directory_.catalogSearch = c.search;
     directory_.calls.clear();
@@ -197,9 +184,7 @@ TEST_F(DirectoryTest, FailuresOfTheDirectoryGiveTheirCodesAndTheLibraryWorksWith
   vltest::FaxTree tree(scratch);
   tree.AddUser("JSMITH");
   tree.UseAsExplicitAreas();
-  VLHANDLE handle = 0;
-  ASSERT_EQ(VlxAPIInit(&handle, "JSMITH", 0, &vltest::Reported::Callback), VL_OK);
-  EXPECT_EQ(VlxAPIClosedown(handle), VL_OK);
+  EXPECT_EQ(VlxAPIClosedown(vltest::LogOn("JSMITH")), VL_OK);
 }
 
 TEST_F(DirectoryTest, ValuesOfAnyLengthAndBytesAreCutToTheAreaSize) {

@@ -129,18 +129,17 @@ TEST_F(RequestFileTest, AFaultAnywhereLeavesNoPartialRequest) {
 
 TEST_F(MessageControlTest, TheServerIsCheckedBeforeTheArguments) {
   server_.Stop();
-  for (MessageCall call : {kHold, kAbort, kRelease, kRush, MessageCall{VlxHoldMsg}}) {
-    EXPECT_EQ(call(handle_, 1, "ABC"), VL_E_SERVER_NOT_RUNNING);
-    EXPECT_EQ(call(handle_, 9, ""), VL_E_SERVER_NOT_RUNNING);
-    EXPECT_EQ(call(handle_, 1, "msgdir"), VL_E_SERVER_NOT_RUNNING);
-  }
+  for (MessageCall call : {kHold, kAbort, kRelease, kRush, MessageCall{VlxHoldMsg}})
+    for (auto [dir, body] : {std::pair{1, "ABC"}, {9, ""}, {1, "msgdir"}})
+      EXPECT_EQ(call(handle_, dir, body), VL_E_SERVER_NOT_RUNNING) << dir << body;
   EXPECT_EQ(VlxStopServer(handle_, 1), VL_E_SERVER_NOT_RUNNING);
   EXPECT_EQ(VlxRestartServer(handle_, 0), VL_E_SERVER_NOT_RUNNING);
-  EXPECT_EQ(VlxHoldMsg(noUser_, 9, ""), VL_E_USER_NOT_INIT) << "the user comes first";
-  EXPECT_EQ(VlxDeleteMsg(noUser_, 1, "A", 1), VL_E_USER_NOT_INIT);
-  VlxAPIClosedown(noUser_);
-  EXPECT_EQ(VlxHoldMsg(noUser_, 1, "ABC"), VL_E_NOT_INIT);
-  EXPECT_EQ(VlxDeleteMsg(noUser_, 1, "A", 1), VL_E_NOT_INIT);
+  // The session comes first, then its user.
+  for (VLRESULT code : {VL_E_USER_NOT_INIT, VL_E_NOT_INIT}) {
+    EXPECT_EQ(VlxHoldMsg(noUser_, 9, ""), code);
+    EXPECT_EQ(VlxDeleteMsg(noUser_, 1, "A", 1), code);
+    VlxAPIClosedown(noUser_);
+  }
   EXPECT_TRUE(Reported::Texts().empty());
   EXPECT_TRUE(Requests().empty());
 }

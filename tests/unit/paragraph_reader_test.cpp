@@ -1,16 +1,19 @@
-// Reading paragraph files: cleaned lines, searches, typed values, list items.
+// Reading paragraph files: cleaned lines, searches, typed values, list items,
+// the block-buffered line cursor, and random files that must never do harm.
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <random>
 #include <string>
 
+#include "paragraph/line_cursor.h"
 #include "paragraph/paragraph_reader.h"
+#include "paragraph/rewrite.h"
 #include "platform/raii.h"
 #include "tests/support/test_support.h"
 
 namespace {
 
-// A stream over the given bytes.
 using vltest::StreamOf;
 
 std::string NextLine(FILE* f) {
@@ -18,23 +21,14 @@ std::string NextLine(FILE* f) {
   return para::ReadLine(f, line, sizeof line) ? line : "<eof>";
 }
 
-TEST(ReadLine, LongLinesAreCutAndTheRestSkipped) {
-  auto f = StreamOf(std::string(300, 'x') + "\r\nnext\r\n" + std::string(280, 'y') + "\r\nlast");
-  EXPECT_EQ(NextLine(f.get()), std::string(280, 'x'));
-  EXPECT_EQ(NextLine(f.get()), "next");
-  EXPECT_EQ(NextLine(f.get()), std::string(280, 'y'));
-  EXPECT_EQ(NextLine(f.get()), "last");
-  EXPECT_EQ(NextLine(f.get()), "<eof>");
-}
-
-TEST(ReadLine, CleansControlBytesAndTrailingBlanks) {
-  auto f = StreamOf(std::string("a\tb\x01" "c\x7f" "d  \t \r\n") + std::string("x\0y\n", 4) +
-                    "lf only\n\r\n");
-  EXPECT_EQ(NextLine(f.get()), "a b c d");
-  EXPECT_EQ(NextLine(f.get()), "x y");
-  EXPECT_EQ(NextLine(f.get()), "lf only");
-  EXPECT_EQ(NextLine(f.get()), "");
-  EXPECT_EQ(NextLine(f.get()), "<eof>");
+TEST(ReadLine, CutsLongLinesAndCleansControlBytesAndTrailingBlanks) {
+  const std::string x280(280, 'x'), y280(280, 'y');
+  auto f = StreamOf(std::string(300, 'x') + "\r\nnext\r\n" + y280 + "\r\na\tb\x01" "c\x7f" +
+                    "d  \t \r\n" + std::string("x\0y\n", 4) + "lf only\n\r\nlast");
+  for (const std::string& want :
+       {x280, std::string("next"), y280, std::string("a b c d"), std::string("x y"),
+        std::string("lf only"), std::string(), std::string("last"), std::string("<eof>")})
+    EXPECT_EQ(NextLine(f.get()), want);
 }
 
 TEST(ReadLine, EightBitSwitchKeepsOrBlanksHighBytes) {
@@ -45,16 +39,6 @@ TEST(ReadLine, EightBitSwitchKeepsOrBlanksHighBytes) {
   auto off = StreamOf(line);
   EXPECT_EQ(NextLine(off.get()), " t  \x9c\xa3");  // 156 and 163 are always kept
   para::SetEightBitText(true);
-}
-
-TEST(ReadLine, ReportsWhereEachLineBegan) {
-  auto f = StreamOf("one\r\ntwo\r\n");
-  char line[para::kLineSize];
-  long start = -1;
-  ASSERT_TRUE(para::ReadLine(f.get(), line, sizeof line, &start));
-  EXPECT_EQ(start, 0);
-  ASSERT_TRUE(para::ReadLine(f.get(), line, sizeof line, &start));
-  EXPECT_EQ(start, 5);
 }
 
 TEST(FindParagraph, MatchesHeaderPrefixWithoutRegardToCase) {
@@ -95,51 +79,40 @@ TEST(FindKeyword, SearchesOnlyTheCurrentParagraph) {
   EXPECT_STREQ(line, "Names: x");
 }
 
+// What a typed reader gives for keyword in the paragraph body at 5 (after
+// "[P]" and CR LF): the value, or "missing" and the value left alone.
+template <typename T>
+std::string Typed(bool (*read)(FILE*, const char*, T*, long, char), FILE* f, const char* keyword) {
+  T value = 9;
+  const bool found = read(f, keyword, &value, 5, 0);
+  return (found ? "" : "missing ") + std::to_string(value);
+}
+
 TEST(TypedReaders, ConvertValuesAsTheirTypesSay) {
-  const long kBody = 5;  // after "[P]" and CR LF
   auto f = StreamOf(
       "[P]\r\nText: hello world\r\nEmpty:\r\nU16: 70000x\r\nNeg: -12\r\nBig: 4294967295\r\n"
       "Flag1: yes\r\nFlag2: Off\r\nFlag3:\r\nFlag4: maybe\r\nTime: 10:30:45\r\nNoColon: 1030\r\n"
       "Equals= 7\r\n");
   char text[6];
-  EXPECT_TRUE(para::ReadText(f.get(), "Text:", text, sizeof text, kBody));
+  EXPECT_TRUE(para::ReadText(f.get(), "Text:", text, sizeof text, 5));
   EXPECT_STREQ(text, "hello");
   std::rewind(f.get());
   char empty[8] = "junk";
-  EXPECT_TRUE(para::ReadText(f.get(), "Empty:", empty, sizeof empty, kBody));
+  EXPECT_TRUE(para::ReadText(f.get(), "Empty:", empty, sizeof empty, 5));
   EXPECT_STREQ(empty, "");
-
-  uint16_t u16 = 1;
-  EXPECT_TRUE(para::ReadU16(f.get(), "U16:", &u16, kBody));
-  EXPECT_EQ(u16, static_cast<uint16_t>(70000));
-  EXPECT_FALSE(para::ReadU16(f.get(), "Empty:", &u16, kBody));
-  int16_t i16 = 0;
-  EXPECT_TRUE(para::ReadI16(f.get(), "Neg:", &i16, kBody));
-  EXPECT_EQ(i16, -12);
-  int32_t i32 = 0;
-  EXPECT_TRUE(para::ReadI32(f.get(), "Neg:", &i32, kBody));
-  EXPECT_EQ(i32, -12);
-  int64_t i64 = 0;
-  EXPECT_TRUE(para::ReadI64(f.get(), "Big:", &i64, kBody));
-  EXPECT_EQ(i64, -1);  // converted to 32 bits, then sign-extended
-  EXPECT_TRUE(para::ReadU16(f.get(), "Equals", &u16, kBody));
-  EXPECT_EQ(u16, 7);
-
-  int32_t flag = 5;
-  EXPECT_TRUE(para::ReadFlag(f.get(), "Flag1:", &flag, kBody));
-  EXPECT_EQ(flag, 1);
-  EXPECT_TRUE(para::ReadFlag(f.get(), "Flag2:", &flag, kBody));
-  EXPECT_EQ(flag, 0);
-  EXPECT_TRUE(para::ReadFlag(f.get(), "Flag3:", &flag, kBody));
-  EXPECT_EQ(flag, 1);
-  flag = 5;
-  EXPECT_FALSE(para::ReadFlag(f.get(), "Flag4:", &flag, kBody));
-  EXPECT_EQ(flag, 5);
-
-  int32_t seconds = 0;
-  EXPECT_TRUE(para::ReadTimeOfDay(f.get(), "Time:", &seconds, kBody));
-  EXPECT_EQ(seconds, (10 * 60 + 30) * 60);
-  EXPECT_FALSE(para::ReadTimeOfDay(f.get(), "NoColon:", &seconds, kBody));
+  FILE* s = f.get();
+  EXPECT_EQ(Typed(para::ReadU16, s, "U16:"), "4464");  // 70000 in 16 bits
+  EXPECT_EQ(Typed(para::ReadU16, s, "Empty:"), "missing 9");
+  EXPECT_EQ(Typed(para::ReadU16, s, "Equals"), "7");
+  EXPECT_EQ(Typed(para::ReadI16, s, "Neg:"), "-12");
+  EXPECT_EQ(Typed(para::ReadI32, s, "Neg:"), "-12");
+  EXPECT_EQ(Typed(para::ReadI64, s, "Big:"), "-1");  // converted to 32 bits, then sign-extended
+  EXPECT_EQ(Typed(para::ReadFlag, s, "Flag1:"), "1");
+  EXPECT_EQ(Typed(para::ReadFlag, s, "Flag2:"), "0");
+  EXPECT_EQ(Typed(para::ReadFlag, s, "Flag3:"), "1");
+  EXPECT_EQ(Typed(para::ReadFlag, s, "Flag4:"), "missing 9");
+  EXPECT_EQ(Typed(para::ReadTimeOfDay, s, "Time:"), std::to_string((10 * 60 + 30) * 60));
+  EXPECT_EQ(Typed(para::ReadTimeOfDay, s, "NoColon:"), "missing 9");
 }
 
 TEST(NextLineReaders, TakeOnlyTheVeryNextContentLine) {
@@ -191,6 +164,112 @@ TEST(NextListItem, SplitsAtCommasAndBlanksKeepingQuotes) {
   EXPECT_EQ(std::string(open.item, open.length), "\"unterminated, x");
   EXPECT_EQ(open.next, nullptr);
   EXPECT_EQ(para::NextListItem("last,").next, nullptr);
+}
+
+// The cursor reads exactly the lines, and positions, that ReadLine does.
+TEST(LineCursor, AgreesWithReadLineOnAnyBytes) {
+  std::mt19937 random(7);
+  for (int round = 0; round < 200; ++round) {
+    std::string bytes;
+    const int lines = static_cast<int>(random() % 50);
+    for (int i = 0; i < lines; ++i) {
+      // Lengths around the 280-character limit and the 64 KiB block.
+      const size_t length = random() % 4 == 0 ? 275 + random() % 10 : random() % 120;
+      for (size_t j = 0; j < length; ++j) bytes.push_back(static_cast<char>(random() % 256));
+      bytes += random() % 3 ? "\r\n" : "\n";
+      if (random() % 40 == 0) bytes.append(70000, 'x');
+    }
+    auto a = StreamOf(bytes), b = StreamOf(bytes);
+    para::LineCursor cursor(a.get());
+    char line[para::kLineSize];
+    long start = 0;
+    int n = 0;
+    while (para::ReadLine(b.get(), line, sizeof line, &start)) {
+      ASSERT_TRUE(cursor.Next()) << "round " << round << " line " << n;
+      EXPECT_STREQ(cursor.line(), line) << "round " << round << " line " << n;
+      EXPECT_EQ(cursor.start(), start) << "round " << round << " line " << n;
+      ++n;
+    }
+    EXPECT_FALSE(cursor.Next()) << "round " << round;
+  }
+}
+
+TEST(LineCursor, UnreadGivesTheLineAgain) {
+  auto f = StreamOf("[A]\r\nx: 1\r\n[B]\r\n");
+  para::LineCursor cursor(f.get());
+  ASSERT_TRUE(cursor.Next());
+  ASSERT_TRUE(cursor.Next());
+  cursor.Unread();
+  ASSERT_TRUE(cursor.Next());
+  EXPECT_STREQ(cursor.line(), "x: 1");
+  EXPECT_EQ(cursor.start(), 5);
+  para::ParagraphFields fields({"x:", "y:"});
+  fields.Collect(cursor);
+  ASSERT_TRUE(cursor.Next());
+  EXPECT_STREQ(cursor.line(), "[B]");  // the header that ended the paragraph
+}
+
+// Random files of headers, keyword lines, long lines, control and high
+// bytes and NULs.
+std::string RandomParagraphFile(std::mt19937& random) {
+  static const char* const pieces[] = {
+      "[USER]", "[DOCUMENT]", "[", "]", "File:", "Name:", "Username=", ":", "=", ";", " ",
+      "\t", "\r\n", "\n", "\r", "\"", ",", "%%[TEXT]", "YES", "-12", "65536", "10:30"};
+  std::string text;
+  const int parts = static_cast<int>(random() % 200);
+  for (int i = 0; i < parts; ++i) {
+    switch (random() % 4) {
+      case 0: text += pieces[random() % (sizeof pieces / sizeof pieces[0])]; break;
+      case 1: text.push_back(static_cast<char>(random() % 256)); break;
+      case 2: text.append(random() % 400, static_cast<char>('a' + random() % 26)); break;
+      default: text += "\r\n"; break;
+    }
+  }
+  return text;
+}
+
+void ReadEverything(FILE* f) {
+  char line[para::kLineSize], text[para::kLineSize];
+  uint16_t u16;
+  int16_t i16;
+  int32_t i32;
+  int64_t i64;
+  long position = 0;
+  while (para::FindParagraph(f, nullptr, line, sizeof line, &position)) {
+    for (const char* keyword : {"File:", "Name:", "Username", static_cast<const char*>(nullptr)}) {
+      para::ReadText(f, keyword, text, sizeof text, position);
+      para::ReadU16(f, keyword, &u16, position);
+      para::ReadI16(f, keyword, &i16, position);
+      para::ReadI32(f, keyword, &i32, position);
+      para::ReadI64(f, keyword, &i64, position);
+      para::ReadFlag(f, keyword, &i32, position);
+      para::ReadTimeOfDay(f, keyword, &i32, position, ';');
+    }
+    if (para::FindKeyword(f, nullptr, line, sizeof line, position, 0)) {
+      for (const char* p = para::ValueOf(line); p;) p = para::NextListItem(p).next;
+    }
+    para::NextLineText(f, "Name:", text, sizeof text);
+  }
+}
+
+TEST(ParagraphRobustness, RandomFilesAreReadAndRewrittenWithoutHarm) {
+  vltest::Scratch scratch;
+  const std::string path = scratch.Path("RANDOM.INI");
+  std::mt19937 random(20261121);
+  for (int round = 0; round < 300; ++round) {
+    vltest::WriteFile(path, RandomParagraphFile(random));
+    {
+      os::UniqueFile f(std::fopen(vltest::NativePath(path).c_str(), "rb"));
+      ASSERT_TRUE(f);
+      ReadEverything(f.get());
+    }
+    ASSERT_TRUE(para::SetParagraphValue(path.c_str(), "[USER]", "Name:", "X", round % 2 == 0))
+        << "round " << round;
+    ASSERT_TRUE(para::SetGroupValues(path.c_str(), "[DOCUMENT]", "File:", "A.TXT", false,
+                                     "Comment:", "c", 'F'))
+        << "round " << round;
+    EXPECT_FALSE(vltest::FileExists(scratch.Path("RANDOM.TMP")));
+  }
 }
 
 }  // namespace

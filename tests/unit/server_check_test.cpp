@@ -11,6 +11,7 @@
 #include "api/process_state.h"
 #include "tests/support/server_stand_in.h"
 #include "tests/support/test_support.h"
+#include "tests/support/user_fixture.h"
 #include "vlapi.h"
 
 namespace {
@@ -20,20 +21,17 @@ using Lines = std::vector<std::string>;
 
 const std::string kEntry = "VlxCheckServer", kDown = "...VlxCheckServer - return 0xF70C";
 
-class ServerTest : public ::testing::Test {
+class ServerTest : public vltest::JsmithTest {
  protected:
   void SetUp() override {
-    tree_.AddUser("JOHN");
-    tree_.UseAsExplicitAreas();
-    handle_ = vltest::LogOn("JOHN");
+    JsmithTest::SetUp();
     char field[32];
     std::snprintf(field, sizeof field, "S=%.8lx  ", static_cast<unsigned long>(handle_));
     s_ = field;
-    Reported::Clear();
   }
   void TearDown() override {
     vl::Process().checkServerDisabled = 0;
-    VlxAPIClosedown(handle_);
+    JsmithTest::TearDown();
   }
   void WriteSetup(const std::string& text) const {
     vltest::WriteFile(tree_.System() + "V-DB\\SETUP.INI", text);
@@ -50,9 +48,6 @@ class ServerTest : public ::testing::Test {
     return lines;
   }
 
-  vltest::Scratch scratch_;
-  vltest::FaxTree tree_{scratch_};
-  VLHANDLE handle_ = 0;
   std::string s_;  // the trace lines' session field for handle_
   const std::string n_ = "S=00000000  ";
 };
@@ -150,7 +145,7 @@ TEST_F(StartServerTest, SetupProblemsAreReportedWithTheirTexts) {
   }
 }
 
-TEST_F(StartServerTest, AProgramThatCannotBeStartedGivesTheSystemError) {
+TEST_F(StartServerTest, TheSystemManagerGetsTheParagraphOnItsCommandLineOrGivesTheSystemError) {
 #ifndef _WIN32
   GTEST_SKIP() << "the native build cannot start processes";
 #else
@@ -158,13 +153,6 @@ TEST_F(StartServerTest, AProgramThatCannotBeStartedGivesTheSystemError) {
   EXPECT_EQ(VlxStartServer(handle_, 0, nullptr), VL_E_NO_START_SYSMAN);
   EXPECT_EQ(Reported::Texts(),
             Lines{"Windows error 0x2 running program '" + tree_.Server() + "NOSUCH.EXE'"});
-#endif
-}
-
-TEST_F(StartServerTest, TheSystemManagerGetsTheParagraphOnItsCommandLine) {
-#ifndef _WIN32
-  GTEST_SKIP() << "the native build cannot start processes";
-#else
   char self[MAX_PATH];
   const std::string program(self, GetModuleFileNameA(nullptr, self, sizeof self));
   const std::string recorder =

@@ -128,13 +128,8 @@ TEST_F(ServerConfig, AMinimalFileGivesEveryDefault) {
 
 TEST_F(ServerConfig, AreasAreReadDerivedAndCheckedWithEveryProblemLogged) {
   const std::string kMissing = " line missing from VELOMAR.INI file";
-  const struct {
-    const char* ini;  // null: no file
-    int code;
-    const char* areas;  // all-user|request|server|system|mail given odbc
-    Lines logged;
-  } cases[] = {
-      {kMinimal, 0, "~U\\|~REQ\\|~SHARE\\server\\|~SHARE\\SYSTEM\\|~SHARE\\MAIL\\ 0 0", {}},
+  // ini: null for no file; areas: all-user|request|server|system|mail given odbc.
+  const struct { const char* ini; int code; const char* areas; Lines logged; } cases[] = {
       {"[WORKSTATION]\nSystemArea:\nSystemArea=~SHARE\\SYSTEM\nRequestArea=R\nAllUserArea=A\n"
        "UserArea: X\\Y\nServerArea=S\nMailArea=M\nManualODBC: yes\n",
        0, "A\\|R\\|S\\|~SHARE\\SYSTEM\\|M\\ 1 1", {}},
@@ -165,12 +160,10 @@ TEST_F(ServerConfig, AreasAreReadDerivedAndCheckedWithEveryProblemLogged) {
   }
 }
 
+// The setup file is handed over open and rewound.
 TEST_F(ServerConfig, SetupFileItemsTakeTheirValuesDefaultsAndLimits) {
   const std::string kLogDir = "~SHARE\\SYSTEM\\V-DB\\";
-  const struct {
-    const char* setup;
-    Items want;
-  } cases[] = {
+  const struct { const char* setup; Items want; } cases[] = {
       {"[FAILOVER]\nPrimaryServer: @ [DEV-A]\nTimeout: 45\nStartupTimeout: 4\n",
        {{"primary", "@ [DEV-A]"}, {"devices", "[DEV-A]"}, {"timeouts", "2 5"}}},
       {"[FAILOVER]\nPrimaryServer: @\nBackupServer: @\nTimeout: 30\nStartupTimeout: 20\n",
@@ -196,13 +189,16 @@ TEST_F(ServerConfig, SetupFileItemsTakeTheirValuesDefaultsAndLimits) {
   };
   for (const auto& c : cases) {
     Reset();
-    ASSERT_EQ(Read(kMinimal, c.setup), 0) << c.setup;
+    FILE* handed = kJunk;
+    ASSERT_EQ(Read(kMinimal, c.setup, &handed), 0) << c.setup;
+    ASSERT_NE(handed, nullptr);
+    os::UniqueFile setup(handed);
+    EXPECT_EQ(std::ftell(handed), 0);
+    EXPECT_EQ(vltest::Contents(handed), Expand(c.setup));
     Items items = ItemsOf(vl::ServerSettings());
     for (const auto& [name, value] : c.want) EXPECT_EQ(items[name], Expand(value)) << c.setup;
   }
-}
-
-TEST_F(ServerConfig, WithoutALanguageLineTheCodeIsLeftAsItWas) {
+  // Without a Language line the code is left as it was.
   ASSERT_EQ(Read(kMinimal, "[OPTIONS]\nLanguage: 1034\n"), 0);
   ASSERT_EQ(Read(kMinimal, "[OPTIONS]\n"), 0);
   EXPECT_EQ(ItemsOf(vl::ServerSettings())["language"], std::to_string(SystemLanguage()) + " ESP");
@@ -234,16 +230,6 @@ TEST_F(ServerConfig, NoConfigurationFileFoundIsLogged) {
   EXPECT_EQ(vl::ReadServerConfig(&setup), vl::kInternalNotFound);
   EXPECT_EQ(setup, nullptr);
   EXPECT_EQ(Logged(), Lines{"ERROR - File VELOMAR.INI not found"});
-}
-
-TEST_F(ServerConfig, TheSetupFileIsHandedOverOpenAndRewound) {
-  FILE* handed = kJunk;
-  ASSERT_EQ(Read(kMinimal, "[OPTIONS]\nLogLevel: 4\n", &handed), 0);
-  ASSERT_NE(handed, nullptr);
-  os::UniqueFile setup(handed);
-  EXPECT_EQ(std::ftell(setup.get()), 0);
-  EXPECT_EQ(vltest::Contents(setup.get()), Expand("[OPTIONS]\nLogLevel: 4\n"));
-  EXPECT_EQ(vl::ServerSettings().logLevel, 4);
 }
 
 }  // namespace

@@ -12,6 +12,8 @@
 namespace {
 
 using vltest::Reported;
+using Ints = std::vector<int>;
+using Names = std::vector<std::string>;
 
 const char* const kStatusLog =
     "[TOTALS]\r\nDeferred: 1\r\nWaitingResend: 2\r\nWaitingConvert: 3\r\nConverting: 4\r\n"
@@ -60,49 +62,33 @@ class ServerStatusTest : public ::testing::Test {
   uint16_t deviceCount_ = 0xAAAA, linkCount_ = 0xAAAA, coverCount_ = 0xAAAA;
 };
 
-TEST_F(ServerStatusTest, FillsTotalsDevicesLinksAndCoversheets) {
-  vltest::WriteFile(tree_.System() + "V-COVER\\MSGDIR.CTL",
-                    "[DIRECTORY]\r\nFILE: FORMAL01\r\nFILE:\r\nFILE: LONGNAME12\r\nFILE: THIRD\r\n");
+TEST_F(ServerStatusTest, FillsTotalsDevicesLinksAndCoversheetsWhenTheBlockHoldsThem) {
+  // A block of 80 bytes ends before the coversheet fields: they stay as they
+  // were, and no coversheet list is needed.
+  ASSERT_EQ(Get(80), VL_OK) << Reported::Last();
+  EXPECT_EQ((Ints{totals_.RemoteAccept, deviceCount_, linkCount_, coverCount_, names_[0]}),
+            (Ints{9, 2, 1, 0xAAAA, 0x5A}));
+
+  vltest::WriteFile(
+      tree_.System() + "V-COVER\\MSGDIR.CTL",
+      "[DIRECTORY]\r\nFILE: FORMAL01\r\nFILE:\r\nFILE: LONGNAME12\r\nFILE: THIRD\r\n");
   ASSERT_EQ(Get(), VL_OK) << Reported::Last();
   const uint16_t expected[] = {1, 2, 3, 4, 5, 6, 7, 8, 9};
   EXPECT_EQ(std::memcmp(&totals_, expected, sizeof expected), 0);
-  EXPECT_EQ(deviceCount_, 2);
-  EXPECT_STREQ(devices_[0].Name, "FAX1");
-  EXPECT_EQ(devices_[0].Status, 7);
-  EXPECT_STREQ(devices_[0].User, "JSMITH");
-  EXPECT_STREQ(devices_[0].Message, "MSG1");
-  EXPECT_EQ(devices_[0].TotalPages, 10);
-  EXPECT_EQ(devices_[0].CurrentPage, 3);
-  EXPECT_EQ(devices_[0].ConnectFails, 1);
-  EXPECT_EQ(devices_[0].SendFails, 2);
-  EXPECT_EQ(devices_[0].SentOK, 40);
-  EXPECT_STREQ(devices_[1].Name, "FAX2");
-  EXPECT_EQ(devices_[1].SentOK, 0);
-  EXPECT_EQ(linkCount_, 1);
-  EXPECT_STREQ(links_[0].RemoteServer, "PARIS");
-  EXPECT_EQ(links_[0].LinkActive, 1);
-  EXPECT_EQ(links_[0].SentOK, 5);
-  EXPECT_EQ(links_[0].Received, 6);
-  EXPECT_EQ(coverCount_, 3);
-  EXPECT_STREQ(names_, "FORMAL01");
-  EXPECT_STREQ(names_ + 10, "LONGNAME");
-}
-
-TEST_F(ServerStatusTest, ShortBlockLeavesCoversheetFieldsAlone) {
-  ASSERT_EQ(Get(80), VL_OK) << Reported::Last();
-  EXPECT_EQ(totals_.RemoteAccept, 9);
-  EXPECT_EQ(deviceCount_, 2);
-  EXPECT_EQ(linkCount_, 1);
-  EXPECT_EQ(coverCount_, 0xAAAA);
-  EXPECT_EQ(static_cast<unsigned char>(names_[0]), 0x5A);
+  const VLDEVICEINFOEX& d = devices_[0];
+  EXPECT_EQ((Ints{deviceCount_, d.Status, d.TotalPages, d.CurrentPage, d.ConnectFails, d.SendFails,
+                  d.SentOK, devices_[1].SentOK}),
+            (Ints{2, 7, 10, 3, 1, 2, 40, 0}));
+  const VLLINKINFOEX& l = links_[0];
+  EXPECT_EQ((Ints{linkCount_, l.LinkActive, l.SentOK, l.Received, coverCount_}),
+            (Ints{1, 1, 5, 6, 3}));
+  EXPECT_EQ((Names{d.Name, d.User, d.Message, devices_[1].Name, l.RemoteServer, names_,
+                   names_ + 10}),
+            (Names{"FAX1", "JSMITH", "MSG1", "FAX2", "PARIS", "FORMAL01", "LONGNAME"}));
 }
 
 TEST_F(ServerStatusTest, BadSizesAreRefusedInOrder) {
-  const struct {
-    int16_t blockSize, totals;
-    uint16_t device, link;
-    const char* text;
-  } cases[] = {
+  const struct { int16_t blockSize, totals; uint16_t device, link; const char* text; } cases[] = {
       {100, 18, 44, 38, "VLSERVERSTATUSEX size invalid"},
       {144, 14, 44, 38, "VLSERVERINFOEX size invalid"},
       {144, 18, 43, 0, "VLDEVICEINFOEX size invalid"},
@@ -126,54 +112,39 @@ TEST_F(ServerStatusTest, CountsEveryDeviceButStoresMaxDevices) {
       "Device: c\r\nStatusExt: XY\r\nDevice: d\r\nDevice: averyverylongname\r\n");
   ASSERT_EQ(Get(80), VL_OK);
   EXPECT_EQ(deviceCount_, 5);
-  const struct {
-    const char* name;
-    uint16_t status;
-  } expected[] = {{"A", 0}, {"B", 7}, {"C", 0}};
-  for (int i = 0; i < 3; ++i) {
-    EXPECT_STREQ(devices_[i].Name, expected[i].name);
-    EXPECT_EQ(devices_[i].Status, expected[i].status) << i;
-  }
+  EXPECT_EQ((Names{devices_[0].Name, devices_[1].Name, devices_[2].Name}), (Names{"A", "B", "C"}));
+  EXPECT_EQ((Ints{devices_[0].Status, devices_[1].Status, devices_[2].Status}), (Ints{0, 7, 0}));
   block_.MaxDevices = 1;
   WriteStatus("[DEVICES]\r\nDevice: averyverylongname\r\n");
   ASSERT_EQ(Get(80), VL_OK);
   EXPECT_STREQ(devices_[0].Name, "AVERYVERYLON");
-}
-
-TEST_F(ServerStatusTest, LinkStatesFollowTheirWords) {
-  const struct {
-    const char* lines;
-    uint16_t remote, local;
-    int16_t connection, active;
-  } cases[] = {
-      {"RemoteLinkStatus: ONLINE\r\nLocalLinkStatus: online\r\nConnectionStatus: OK\r\n", 1, 1,
-       1, 1},
-      {"RemoteLinkStatus: ONLINE\r\nLocalLinkStatus: OFFLINE\r\nConnectionStatus: on\r\n", 1, 2,
-       1, 0},
-      {"RemoteLinkStatus: ONLINE\r\nLocalLinkStatus: ONLINE\r\n", 1, 1, -1, -1},
-      {"RemoteLinkStatus: LINKUNKNOWN\r\nLocalLinkStatus: BOGUS\r\nConnectionStatus: x\r\n", 6,
-       0, 0, -1},
-      {"ConnectionStatus: OK\r\nRemoteLinkStatus: ONLINE\r\nLocalLinkStatus: ONLINE\r\n"
-       "LocalLinkStatus: OFFLINE\r\n",
-       1, 2, 1, 1},
-  };
-  for (const auto& c : cases) {
-    WriteStatus(std::string("[LINKS]\r\nRemoteServer: r\r\n") + c.lines);
-    ASSERT_EQ(Get(80), VL_OK);
-    EXPECT_EQ(linkCount_, 1);
-    EXPECT_EQ(links_[0].RemoteLinkStatus, c.remote) << c.lines;
-    EXPECT_EQ(links_[0].LocalLinkStatus, c.local) << c.lines;
-    EXPECT_EQ(links_[0].ConnectionStatus, c.connection) << c.lines;
-    EXPECT_EQ(links_[0].LinkActive, c.active) << c.lines;
-  }
-}
-
-TEST_F(ServerStatusTest, NullDeviceCountGetsALibraryCell) {
+  // Without a count cell the library allocates one, which the caller owns.
   block_.DeviceCount = nullptr;
   ASSERT_EQ(Get(80), VL_OK);
   ASSERT_NE(block_.DeviceCount, nullptr);
-  EXPECT_EQ(*block_.DeviceCount, 2);
-  std::free(block_.DeviceCount);  // the caller owns the cell
+  EXPECT_EQ(*block_.DeviceCount, 1);
+  std::free(block_.DeviceCount);
+}
+
+TEST_F(ServerStatusTest, LinkStatesFollowTheirWords) {
+  const std::string online = "RemoteLinkStatus: ONLINE\r\n", connected = "ConnectionStatus: OK\r\n";
+  const struct { std::string lines; Ints states; } cases[] = {  // remote, local, connection, active
+      {online + "LocalLinkStatus: online\r\n" + connected, {1, 1, 1, 1}},
+      {online + "LocalLinkStatus: OFFLINE\r\nConnectionStatus: on\r\n", {1, 2, 1, 0}},
+      {online + "LocalLinkStatus: ONLINE\r\n", {1, 1, -1, -1}},
+      {"RemoteLinkStatus: LINKUNKNOWN\r\nLocalLinkStatus: BOGUS\r\nConnectionStatus: x\r\n",
+       {6, 0, 0, -1}},
+      {connected + online + "LocalLinkStatus: ONLINE\r\nLocalLinkStatus: OFFLINE\r\n",
+       {1, 2, 1, 1}},
+  };
+  for (const auto& c : cases) {
+    WriteStatus("[LINKS]\r\nRemoteServer: r\r\n" + c.lines);
+    ASSERT_EQ(Get(80), VL_OK);
+    EXPECT_EQ(linkCount_, 1);
+    const VLLINKINFOEX& l = links_[0];
+    EXPECT_EQ((Ints{l.RemoteLinkStatus, l.LocalLinkStatus, l.ConnectionStatus, l.LinkActive}),
+              c.states) << c.lines;
+  }
 }
 
 TEST_F(ServerStatusTest, MissingFilesAndStoppedServer) {
@@ -210,10 +181,8 @@ TEST_F(ServerStatusTest, OlderFormCopiesSevenTotalsAndDevices) {
   ASSERT_EQ(VlxGetServerStatus(handle_, 14, &info, 1, &count, nullptr, devices), VL_OK);
   const uint16_t expected[] = {1, 2, 3, 4, 5, 6, 7};
   EXPECT_EQ(std::memcmp(&info, expected, sizeof expected), 0);
-  EXPECT_EQ(count, 2);
-  EXPECT_STREQ(devices[0].Name, "FAX1");
-  EXPECT_STREQ(devices[0].User, "JSMITH");
-  EXPECT_EQ(devices[0].SentOK, 40);
+  EXPECT_EQ((Ints{count, devices[0].SentOK}), (Ints{2, 40}));
+  EXPECT_EQ((Names{devices[0].Name, devices[0].User}), (Names{"FAX1", "JSMITH"}));
   EXPECT_EQ(VlxGetServerStatus(handle_, 14, &info, 1, nullptr, nullptr, devices), VL_OK);
 }
 

@@ -114,10 +114,10 @@ TEST_F(SessionTest, SessionWithoutUserServesOnlyUserlessFunctions) {
   EXPECT_TRUE(Reported::Texts().empty());
 }
 
-TEST_F(SessionTest, LockedUserCannotLogOnTwice) {
+TEST_F(SessionTest, TheUserLockKeepsOutEveryOtherOpenerUntilItsSessionCloses) {
 #ifndef _WIN32
   GTEST_SKIP() << "the user lock rests on Windows sharing modes, which this platform lacks";
-#endif
+#else
   ASSERT_EQ(Init("JSMITH", 1), VL_OK);
   const VLHANDLE first = handle_;
   EXPECT_TRUE(vltest::FileExists(lock_));
@@ -125,34 +125,24 @@ TEST_F(SessionTest, LockedUserCannotLogOnTwice) {
   EXPECT_EQ(Init("JSMITH", 1), VL_E_CANNOT_LOG_ON);
   EXPECT_EQ(Reported::Last(), "User already logged on - cannot open " + lock_);
   EXPECT_EQ(handle_, 0u);
+  EXPECT_FALSE(vltest::FileHolder(lock_, "rb").opened()) << "not even a reader of another process";
   ASSERT_EQ(Init("JSMITH", 0), VL_OK) << "without the lock flag";
   EXPECT_EQ(VlxAPIClosedown(handle_), VL_OK);
   EXPECT_EQ(VlxAPIClosedown(first), VL_OK);
-  ASSERT_EQ(Init("JSMITH", 1), VL_OK) << "released by the close";
-  EXPECT_EQ(VlxAPIClosedown(handle_), VL_OK);
-}
-
-TEST_F(SessionTest, LockIsSharedWithOtherProcesses) {
-#ifndef _WIN32
-  GTEST_SKIP() << "the user lock rests on Windows sharing modes, which this platform lacks";
-#else
-  vltest::WriteFile(lock_, "");
+  EXPECT_TRUE(vltest::FileHolder(lock_, "rb").opened()) << "released by the close";
   {
     vltest::FileHolder other(lock_, "r+b");
     ASSERT_TRUE(other.opened());
-    EXPECT_EQ(Init("JSMITH", 1), VL_E_CANNOT_LOG_ON);
+    Reported::Clear();
+    EXPECT_EQ(Init("JSMITH", 1), VL_E_CANNOT_LOG_ON) << "held by another process";
     EXPECT_EQ(Reported::Last(), "User already logged on - cannot open " + lock_);
   }
   ASSERT_EQ(Init("JSMITH", 1), VL_OK);
-  vltest::FileHolder reader(lock_, "rb");
-  EXPECT_FALSE(reader.opened()) << "the session denies every other opener";
-  reader.Release();
   EXPECT_EQ(VlxAPIClosedown(handle_), VL_OK);
-  EXPECT_TRUE(vltest::FileHolder(lock_, "rb").opened());
 #endif
 }
 
-TEST_F(SessionTest, HandlesOfNoLiveSessionAreRefused) {
+TEST_F(SessionTest, HandlesOfNoLiveSessionAndANullHandlePlaceAreRefused) {
   ASSERT_EQ(Init("JSMITH"), VL_OK);
   const VLHANDLE closed = handle_;
   ASSERT_EQ(VlxAPIClosedown(closed), VL_OK);
@@ -170,9 +160,7 @@ TEST_F(SessionTest, HandlesOfNoLiveSessionAreRefused) {
   }
   EXPECT_TRUE(Reported::Texts().empty());
   EXPECT_EQ(VlxAPIClosedown(handle_), VL_OK);
-}
-
-TEST_F(SessionTest, NullHandlePlaceIsRefused) {
+  // Nor is a null place for the handle.
   EXPECT_EQ(VlxAPIInit(nullptr, "JSMITH", 0, &Reported::Callback), VL_E_INVALID_PARAM);
   EXPECT_EQ(Reported::Last(), "Invalid parameter supplied to API: handle is NULL");
   EXPECT_EQ(VlxAPIInit(nullptr, "JSMITH", 0, nullptr), VL_E_INVALID_PARAM) << "no callback";

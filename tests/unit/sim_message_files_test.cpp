@@ -16,11 +16,7 @@ using vltest::ListHeader;
 
 ListEntry Entry(const char* file, const char* status = "Su",
                 const char* accepted = "00-00-00 00:00:00") {
-  ListEntry entry;
-  entry.file = file;
-  entry.status = status;
-  entry.accepted = accepted;
-  return entry;
+  return ListEntry{file, status, "Aw", "SEND", accepted};
 }
 
 TEST(SimMessageFilesTest, ListEntriesChangeAndGoWithoutTouchingTheOthers) {
@@ -62,17 +58,12 @@ TEST(SimMessageFilesTest, ControlFileProgressLandsInItsParagraphs) {
   EXPECT_EQ(order.addressees[1].route, "FAX-ANY");
   EXPECT_EQ(order.addressees[1].number, "02");
 
-  vlsim::ControlChange first;
-  first.status = "Wa";
-  first.accepted = "26-11-21 10:00:00";
-  first.hold = "NO";
-  first.addresseeStatus = {{1, "Se"}};
-  first.history = {"MessageID: X1"};
-  ASSERT_EQ(vlsim::ApplyControlChange(control, first), 0);
-  vlsim::ControlChange second;
-  second.status = "OK";
-  second.history = {"SentOK: 1"};
-  ASSERT_EQ(vlsim::ApplyControlChange(control, second), 0);
+  // Two changes: the first adds the history paragraph, the second extends it.
+  ASSERT_EQ(vlsim::ApplyControlChange(control, {.status = "Wa", .accepted = "26-11-21 10:00:00",
+                                                .hold = "NO", .addresseeStatus = {{1, "Se"}},
+                                                .history = {"MessageID: X1"}}),
+            0);
+  ASSERT_EQ(vlsim::ApplyControlChange(control, {.status = "OK", .history = {"SentOK: 1"}}), 0);
   EXPECT_EQ(vltest::ReadFile(control),
             vltest::Lines({"[VELOMAR]", "Type: SendControl", "Revision: A", "", "[MESSAGE]",
                            "Accepted: 26-11-21 10:00:00", "Status: OK", "[OPTIONS]", "Hold: NO",

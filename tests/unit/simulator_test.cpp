@@ -19,8 +19,9 @@
 
 namespace {
 
-using vltest::Lines;
 using vltest::Reported;
+using Ints = std::vector<int>;
+using Names = std::vector<std::string>;
 
 class SimulatorTest : public ::testing::Test {
  protected:
@@ -78,19 +79,23 @@ class SimulatorTest : public ::testing::Test {
     events.resize(count);
     return events;
   }
-  std::vector<uint16_t> AddresseeStates(const std::string& body) {
+  Ints AddresseeStates(const std::string& body) {
     std::vector<MsgAddresseeRecord> records(8);
     uint16_t count = 0;
     EXPECT_EQ(VlxGetMsgAddrs(handle_, 1, body.c_str(), 8, &count, records.data()), VL_OK);
-    std::vector<uint16_t> states;
+    Ints states;
     for (uint16_t i = 0; i < count; ++i) states.push_back(records[i].status);
     return states;
   }
-  std::vector<std::string> Requests() {
-    std::vector<std::string> names;
-    for (const std::string& name : vltest::ListDirectory(tree_.Request()))
-      if (name != "VELOMAR.LOK") names.push_back(name);
+  // The request area's files but the server's lock file.
+  Names Requests() {
+    Names names = vltest::ListDirectory(tree_.Request());
+    std::erase(names, "VELOMAR.LOK");
     return names;
+  }
+  void RunToTheEnd() {
+    while (sim_.Step(false) > 0) {
+    }
   }
 
   vltest::Scratch scratch_;
@@ -113,8 +118,7 @@ class SimulatorTest : public ::testing::Test {
 
 TEST_F(SimulatorTest, AFaxGoesThroughWaitingAndSendingToOkWithItsHistory) {
   const std::string body = Submit({"0101", "0102"});
-  EXPECT_EQ(Info(body).Status, 1);
-  EXPECT_EQ(Info(body).AcceptedYear, 0);
+  EXPECT_EQ((Ints{Info(body).Status, Info(body).AcceptedYear}), (Ints{1, 0}));
 
   EXPECT_EQ(sim_.TakeRequests(), 1);
   EXPECT_TRUE(Requests().empty());
@@ -125,32 +129,27 @@ TEST_F(SimulatorTest, AFaxGoesThroughWaitingAndSendingToOkWithItsHistory) {
 
   // One step takes the device and tries the first addressee, the next
   // finishes it and tries the second, the last completes the message.
-  const uint16_t expected[] = {8, 8, 30};
-  for (uint16_t status : expected) {
+  for (int status : {8, 8, 30}) {
     EXPECT_EQ(sim_.Step(false), 1);
     EXPECT_EQ(Info(body).Status, status);
   }
   EXPECT_EQ(sim_.Step(false), 0);
   EXPECT_TRUE(sim_.Idle());
 
+  // Each addressee is tried (event 7), then sent (1) over FAX-ANY (route 100).
   std::vector<VLMSGHISTORYEX> events = History(body);
   ASSERT_EQ(events.size(), 4u);
-  const uint16_t kinds[] = {7, 1, 7, 1};
-  const uint16_t addressees[] = {1, 1, 2, 2};
-  for (size_t i = 0; i < 4; ++i) {
-    SCOPED_TRACE(i);
-    EXPECT_EQ(events[i].Event, kinds[i]);
-    EXPECT_EQ(events[i].Addressee, addressees[i]);
-    EXPECT_EQ(events[i].Route, 100);  // FAX-ANY
-    EXPECT_STREQ(events[i].RouteParams, i < 2 ? "0101" : "0102");
-    EXPECT_STREQ(events[i].Device, "FAX1");
-    EXPECT_STREQ(events[i].AddresseeText, i < 2 ? "Person 1" : "Person 2");
-    EXPECT_EQ(events[i].ErrorCode, 0);
-    EXPECT_GE(events[i].Year, 2026);
+  for (int i = 0; i < 4; ++i) {
+    const VLMSGHISTORYEX& e = events[i];
+    const bool first = i < 2;
+    EXPECT_EQ((Ints{e.Event, e.Addressee, e.Route, e.ErrorCode}),
+              (Ints{i % 2 ? 1 : 7, i / 2 + 1, 100, 0})) << i;
+    EXPECT_EQ((Names{e.RouteParams, e.Device, e.AddresseeText}),
+              (Names{first ? "0101" : "0102", "FAX1", first ? "Person 1" : "Person 2"})) << i;
+    EXPECT_GE(e.Year, 2026) << i;
   }
-  EXPECT_EQ(events[1].Pages, 1);
-  EXPECT_EQ(events[1].ConnectTime, 10);
-  EXPECT_EQ(AddresseeStates(body), (std::vector<uint16_t>{30, 30}));
+  EXPECT_EQ((Ints{events[1].Pages, events[1].ConnectTime}), (Ints{1, 10}));
+  EXPECT_EQ(AddresseeStates(body), (Ints{30, 30}));
 
   // Only the history's message ID opens the Ex forms' check.
   const std::string control = vltest::ReadFile(Out() + body + ".CTL");
@@ -172,25 +171,23 @@ TEST_F(SimulatorTest, AFaxGoesThroughWaitingAndSendingToOkWithItsHistory) {
 TEST_F(SimulatorTest, AFailingNumberEndsTheMessageFailedAfterTheOthersAreSent) {
   const std::string body = Submit({"0999", "0102"});
   sim_.TakeRequests();
-  while (sim_.Step(false) > 0) {
-  }
+  RunToTheEnd();
   EXPECT_EQ(Info(body).Status, 31);
   std::vector<VLMSGHISTORYEX> events = History(body);
   ASSERT_EQ(events.size(), 4u);
-  EXPECT_EQ(events[1].Event, 4);  // SentEr
-  EXPECT_EQ(events[1].ErrorCode, 0x31);
-  EXPECT_EQ(events[1].Pages, 0);
-  EXPECT_EQ(events[3].Event, 1);
-  EXPECT_EQ(AddresseeStates(body), (std::vector<uint16_t>{31, 30}));
+  // A send error (event 4) with the simulated error code and no pages.
+  EXPECT_EQ((Ints{events[1].Event, events[1].ErrorCode, events[1].Pages, events[3].Event}),
+            (Ints{4, 0x31, 0, 1}));
+  EXPECT_EQ(AddresseeStates(body), (Ints{31, 30}));
   const std::string name = "JSMITH\\" + body;
-  EXPECT_EQ(events_, (std::vector<std::string>{
+  EXPECT_EQ(events_, (Names{
                          "Accepted " + name + " with 2 addressee(s)|JSMITH|" + body + "|0|0|0",
                          "Failed " + name + " to 0999|JSMITH|" + body + "|1|0|31",
                          "Sent " + name + " to 0102|JSMITH|" + body + "|2|1|0",
                          "Completed " + name + ": Fa|JSMITH|" + body + "|0|0|0"}));
   // Once complete, the client may remove it.
   EXPECT_EQ(VlxDeleteMsg(handle_, 1, body.c_str(), 1), VL_OK);
-  EXPECT_EQ(vltest::ListDirectory(Out()), (std::vector<std::string>{"MSGDIR.CTL"}));
+  EXPECT_EQ(vltest::ListDirectory(Out()), Names{"MSGDIR.CTL"});
 }
 
 TEST_F(SimulatorTest, HoldReleaseRushAndAbortActOnQueuedMessages) {
@@ -199,7 +196,7 @@ TEST_F(SimulatorTest, HoldReleaseRushAndAbortActOnQueuedMessages) {
   const std::string second = Submit({"0103"});
   sim_.TakeRequests();
   EXPECT_EQ(Info(held).Status, 2);
-  EXPECT_EQ(AddresseeStates(held), (std::vector<uint16_t>{2}));
+  EXPECT_EQ(AddresseeStates(held), Ints{2});
 
   // With one device, the rushed message is sent first.
   EXPECT_EQ(VlxRushMsgEx(handle_, 1, second.c_str(), nullptr), VL_OK);
@@ -212,7 +209,7 @@ TEST_F(SimulatorTest, HoldReleaseRushAndAbortActOnQueuedMessages) {
   EXPECT_EQ(VlxReleaseMsg(handle_, 1, held.c_str()), VL_OK);
   sim_.TakeRequests();
   EXPECT_EQ(Info(first).Status, 31);
-  EXPECT_EQ(AddresseeStates(first), (std::vector<uint16_t>{10}));
+  EXPECT_EQ(AddresseeStates(first), Ints{10});
   EXPECT_EQ(History(first).at(0).ErrorCode, 0x0A);
   EXPECT_EQ(Info(held).Status, 4);
   EXPECT_NE(vltest::ReadFile(Out() + held + ".CTL").find("Hold: NO\r\n"), std::string::npos);
@@ -225,8 +222,7 @@ TEST_F(SimulatorTest, HoldReleaseRushAndAbortActOnQueuedMessages) {
   EXPECT_EQ(VlxHoldMsg(handle_, 1, held.c_str()), VL_OK);
   EXPECT_EQ(sim_.TakeRequests(), 2);
   EXPECT_EQ(Info(held).Status, 2);
-  while (sim_.Step(false) > 0) {
-  }
+  RunToTheEnd();
   EXPECT_EQ(Info(second).Status, 30);
   EXPECT_EQ(Info(held).Status, 2);
   EXPECT_TRUE(sim_.Idle());
@@ -241,29 +237,21 @@ TEST_F(SimulatorTest, StatusLogAndListsReadBackThroughTheServerStatus) {
   ASSERT_EQ(sim_.WriteStatus(), 0);
   ASSERT_EQ(sim_.WriteLists(), 0);
 
-  VLSERVERINFOEX totals;
-  VLDEVICEINFOEX devices[2];
-  VLLINKINFOEX links[2];
-  char covers[4][10], letters[4][10];
+  VLSERVERINFOEX totals{};
+  VLDEVICEINFOEX devices[2]{};
+  VLLINKINFOEX links[2]{};
+  char covers[4][10] = {}, letters[4][10];
   uint16_t deviceCount = 0, linkCount = 0, coverCount = 0, letterCount = 9;
   VLSERVERSTATUSEX block{18, &totals, 2, &deviceCount, 44, devices, 2, &linkCount,
                          38, links, 4, &coverCount, 10, covers[0], 4, &letterCount,
                          10, letters[0]};
   ASSERT_EQ(VlxGetServerStatusEx(handle_, 144, &block), VL_OK) << Reported::Last();
-  EXPECT_EQ(totals.Sending, 1);
-  EXPECT_EQ(totals.WaitingDevice, 1);
-  ASSERT_EQ(deviceCount, 1);
-  EXPECT_STREQ(devices[0].Name, "FAX1");
-  EXPECT_EQ(devices[0].Status, 7);
-  EXPECT_STREQ(devices[0].User, "JSMITH");
-  EXPECT_STREQ(devices[0].Message, body.c_str());
-  ASSERT_EQ(linkCount, 1);
-  EXPECT_STREQ(links[0].RemoteServer, "PARIS");
-  EXPECT_EQ(links[0].LinkActive, 1);
-  ASSERT_EQ(coverCount, 2);
-  EXPECT_STREQ(covers[0], "STANDARD");
-  EXPECT_STREQ(covers[1], "URGENTLO");
-  EXPECT_EQ(letterCount, 0);
+  EXPECT_EQ((Ints{totals.Sending, totals.WaitingDevice, deviceCount, devices[0].Status, linkCount,
+                  links[0].LinkActive, coverCount, letterCount}),
+            (Ints{1, 1, 1, 7, 1, 1, 2, 0}));
+  EXPECT_EQ((Names{devices[0].Name, devices[0].User, devices[0].Message, links[0].RemoteServer,
+                   covers[0], covers[1]}),
+            (Names{"FAX1", "JSMITH", body, "PARIS", "STANDARD", "URGENTLO"}));
 }
 
 TEST_F(SimulatorTest, ReceivedFaxesAreListedAndAnAbortRemovesThem) {
@@ -279,7 +267,7 @@ TEST_F(SimulatorTest, ReceivedFaxesAreListedAndAnAbortRemovesThem) {
   EXPECT_EQ(VlxAbortMsg(handle_, 2, body.c_str()), VL_OK);
   sim_.TakeRequests();
   EXPECT_EQ(vltest::ReadFile(In() + "MSGDIR.CTL"), vltest::ListHeader(false));
-  EXPECT_EQ(vltest::ListDirectory(In()), (std::vector<std::string>{"MSGDIR.CTL"}));
+  EXPECT_EQ(vltest::ListDirectory(In()), Names{"MSGDIR.CTL"});
 }
 
 TEST_F(SimulatorTest, StopAndRestartRequestsReachTheSystemManager) {

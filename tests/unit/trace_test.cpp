@@ -30,13 +30,18 @@ std::string Format(const char* format, ...) {
   return text;
 }
 
-TEST(Trace, LinesCarryTimeProcessThreadAndSession) {
-  Scratch scratch;
-  FaxTree tree(scratch);
+// The trace log goes to the test's scratch directory.
+class Trace : public ::testing::Test {
+ protected:
+  void SetUp() override { vltest::TraceInto(scratch_); }
+  Scratch scratch_;
+};
+using ErrorReport = Trace;
+
+TEST_F(Trace, LinesCarryTimeProcessThreadAndSession) {
+  FaxTree tree(scratch_);
   tree.AddUser("JSMITH");
   tree.UseAsExplicitAreas();
-  vltest::TraceInto(scratch);
-
   VLHANDLE handle = vltest::LogOn("jsmith");
   char text[300];
   ASSERT_EQ(VlxGetUserOutDir(handle, text, sizeof text), VL_OK);
@@ -45,20 +50,15 @@ TEST(Trace, LinesCarryTimeProcessThreadAndSession) {
   ASSERT_EQ(VlxAPIClosedown(handle), VL_OK);
 
   const std::string s = "S=" + Hex8(handle) + "  ";
-  EXPECT_EQ(vltest::TraceLines(scratch),
+  EXPECT_EQ(vltest::TraceLines(scratch_),
             (std::vector<std::string>{
-                s + "VlxAPIInit - user 'jsmith'",
-                s + "...VlxAPIInit - return OK",
-                s + "VlxGetUserOutDir - BufLen = 300",
-                s + "...VlxGetUserOutDir - return OK",
-                s + "VlxGetUserOutDir - BufLen = 5",
-                "S=00000000  VlxGetUserOutDir - BufLen = 7",
-                s + "VlxAPIClosedown",
-                s + "...VlxAPIClosedown - return OK",
-            }));
+                s + "VlxAPIInit - user 'jsmith'", s + "...VlxAPIInit - return OK",
+                s + "VlxGetUserOutDir - BufLen = 300", s + "...VlxGetUserOutDir - return OK",
+                s + "VlxGetUserOutDir - BufLen = 5", "S=00000000  VlxGetUserOutDir - BufLen = 7",
+                s + "VlxAPIClosedown", s + "...VlxAPIClosedown - return OK"}));
 
   // The prefix: two-digit date and time, then process and thread.
-  std::string raw = vltest::ReadFile(scratch.Path("VLAPI.LOG"));
+  std::string raw = vltest::ReadFile(scratch_.Path("VLAPI.LOG"));
   os::LocalTime now = os::Now();
   char date[16];
   std::snprintf(date, sizeof date, "%.2d-%.2d-%.2d ", now.year % 100, now.month, now.day);
@@ -67,46 +67,27 @@ TEST(Trace, LinesCarryTimeProcessThreadAndSession) {
             std::string::npos);
 }
 
-TEST(Trace, SessionWithoutUserTracesNone) {
-  Scratch scratch;
-  FaxTree tree(scratch);
-  tree.UseAsExplicitAreas();
-  vltest::TraceInto(scratch);
-  VLHANDLE handle = vltest::LogOn(nullptr);
-  VlxAPIClosedown(handle);
-  auto lines = vltest::TraceLines(scratch);
-  ASSERT_FALSE(lines.empty());
-  EXPECT_EQ(lines[0].substr(12), "VlxAPIInit - user '(none)'");
-}
-
-TEST(Trace, SwitchesDecideWhetherLinesAreWritten) {
-  Scratch scratch;
-  vltest::TraceInto(scratch);
+TEST_F(Trace, SwitchesDecideWhetherLinesAreWritten) {
   vl::ProcessState& p = vl::Process();
-  const struct {
-    int32_t traceSwitch, applicationId, trace, mailTrace;
-    bool written;
-  } cases[] = {
+  const struct { int32_t traceSwitch, applicationId, trace, mailTrace; bool written; } cases[] = {
       {0, 0, 0, 0, false},     {1, 0, 0, 0, true},      {0, 0, 1, 0, true},
       {0, 0, 0, 1, false},     {0, 13398, 1, 0, false}, {0, 13398, 0, 1, true},
       {1, 13398, 0, 0, true},  {0, 13397, 1, 0, true},
   };
   for (const auto& c : cases) {
-    vltest::RemoveTree(scratch.Path("VLAPI.LOG"));
+    vltest::RemoveTree(scratch_.Path("VLAPI.LOG"));
     p.traceSwitch = c.traceSwitch;
     p.applicationId = c.applicationId;
     p.traceSetting = c.trace;
     p.mailTraceSetting = c.mailTrace;
     vl::ApiTrace(nullptr, "probe");
-    EXPECT_EQ(vltest::FileExists(scratch.Path("VLAPI.LOG")), c.written)
+    EXPECT_EQ(vltest::FileExists(scratch_.Path("VLAPI.LOG")), c.written)
         << c.traceSwitch << " " << c.applicationId << " " << c.trace << " " << c.mailTrace;
   }
   p = vl::ProcessState{};
 }
 
-TEST(Trace, EscapeTurnsTracingOnWithoutTracingItself) {
-  Scratch scratch;
-  vltest::TraceInto(scratch);
+TEST_F(Trace, EscapeTurnsTracingOnWithoutTracingItself) {
   vl::Process().traceSwitch = 0;
   EXPECT_EQ(VlxEscape(0, "trace", 1), VL_OK);
   EXPECT_TRUE(vl::TraceEnabled());
@@ -114,20 +95,18 @@ TEST(Trace, EscapeTurnsTracingOnWithoutTracingItself) {
   EXPECT_EQ(VlxGetAPIVersion(version, sizeof version, nullptr), VL_OK);
   EXPECT_EQ(VlxEscape(0, "TRACE", 0), VL_OK);
   EXPECT_FALSE(vl::TraceEnabled());
-  EXPECT_EQ(vltest::TraceLines(scratch),
+  EXPECT_EQ(vltest::TraceLines(scratch_),
             (std::vector<std::string>{"S=00000000  VlxGetAPIVersion",
                                       "S=00000000  ...VlxGetAPIVersion - return OK"}));
 }
 
-TEST(Trace, FormatPrintsFsAsS) {
+TEST_F(Trace, FormatPrintsFsAsS) {
   EXPECT_EQ(Format("user '%Fs' %d%% %Fs", "jsmith", 5, "x"), "user 'jsmith' 5% x");
   EXPECT_EQ(Format("%%Fs %-4Fs|", "ab"), "%Fs ab  |");
   EXPECT_EQ(Format("%s", std::string(700, 'y').c_str()), std::string(700, 'y'));
 }
 
-TEST(ErrorReport, IsCutTo511CharactersTracedAndHandedToTheCallback) {
-  Scratch scratch;
-  vltest::TraceInto(scratch);
+TEST_F(ErrorReport, IsCutTo511CharactersTracedAndHandedToTheCallback) {
   vl::ApiSession session;
   session.errorCallback = &Reported::Callback;
   session.handle = 0x1234;
@@ -136,15 +115,13 @@ TEST(ErrorReport, IsCutTo511CharactersTracedAndHandedToTheCallback) {
   vl::ApiReportError(&session, "%s", text.c_str());
   const char* withFs = "Cannot open file %Fs";  // not a literal: compilers do not know %Fs
   vl::ApiReportError(&session, withFs, "X.INI");
-  ASSERT_EQ(Reported::Texts().size(), 2u);
-  EXPECT_EQ(Reported::Texts()[0], std::string(511, 'e'));
-  EXPECT_EQ(Reported::Texts()[1], "Cannot open file X.INI");
-  EXPECT_EQ(vltest::TraceLines(scratch),
-            (std::vector<std::string>{"S=00001234  " + std::string(511, 'e'),
-                                      "S=00001234  Cannot open file X.INI"}));
+  const std::vector<std::string> reported = {std::string(511, 'e'), "Cannot open file X.INI"};
+  EXPECT_EQ(Reported::Texts(), reported);
+  EXPECT_EQ(vltest::TraceLines(scratch_),
+            (std::vector<std::string>{"S=00001234  " + reported[0], "S=00001234  " + reported[1]}));
   session.errorCallback = nullptr;
   vl::ApiReportError(&session, "no callback");  // traced only
-  EXPECT_EQ(Reported::Texts().size(), 2u);
+  EXPECT_EQ(Reported::Texts(), reported);
 }
 
 }  // namespace
