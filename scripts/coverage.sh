@@ -11,5 +11,5 @@ cmake --build "$build" >/dev/null
 find "$build" -name '*.gcda' -delete
 (cd "$build" && ctest -j2 >"$build/ctest.log" 2>&1) || echo "coverage: some tests failed (see $build/ctest.log)"
 gcovr --root "$root" --object-directory "$build" --exclude "$root/tests/" --exclude "$root/bench/" \
-  --exclude "$build/" --exclude-directories "$build/CMakeFiles" --exclude-throw-branches \
+  --exclude "$build/" --exclude-directories "$build/CMakeFiles/[0-9].*" --exclude-throw-branches \
   --exclude-unreachable-branches --print-summary --txt "$build/coverage.txt" | tail -n 3
