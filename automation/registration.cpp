@@ -163,21 +163,9 @@ HRESULT LastErrorResult() {
   return error ? HRESULT_FROM_WIN32(error) : E_FAIL;
 }
 
-// The text of this module's registration script.
-HRESULT LoadScript(std::string* script) {
-  HMODULE module = ThisModule();
-  HRSRC found = FindResourceW(module, MAKEINTRESOURCEW(kScriptResource), L"REGISTRY");
-  if (!found) return LastErrorResult();
-  HGLOBAL loaded = LoadResource(module, found);
-  const void* bytes = loaded ? LockResource(loaded) : nullptr;
-  if (!bytes) return LastErrorResult();
-  script->assign(static_cast<const char*>(bytes), SizeofResource(module, found));
-  return S_OK;
-}
-
 HRESULT RunScript(const std::wstring& modulePath, ScriptAction action) {
   std::string script;
-  if (HRESULT hr = LoadScript(&script); FAILED(hr)) return hr;
+  if (HRESULT hr = LoadScript(ThisModule(), &script); FAILED(hr)) return hr;
   std::vector<RegistryStep> steps;
   if (!PlanRegistration(script, Narrow(modulePath.c_str()), action, &steps)) return E_FAIL;
   int error = ApplyRegistration(steps);
@@ -196,6 +184,16 @@ bool PlanRegistration(std::string_view script, std::string_view modulePath, Scri
   if (ScriptReader(script, modulePath, action, steps).Script()) return true;
   steps->clear();
   return false;
+}
+
+HRESULT LoadScript(HMODULE module, std::string* script) {
+  HRSRC found = FindResourceW(module, MAKEINTRESOURCEW(kScriptResource), L"REGISTRY");
+  if (!found) return LastErrorResult();
+  HGLOBAL loaded = LoadResource(module, found);
+  const void* bytes = loaded ? LockResource(loaded) : nullptr;
+  if (!bytes) return LastErrorResult();
+  script->assign(static_cast<const char*>(bytes), SizeofResource(module, found));
+  return S_OK;
 }
 
 int ApplyRegistration(const std::vector<RegistryStep>& steps) {

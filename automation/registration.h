@@ -35,6 +35,10 @@ enum class ScriptAction { Register, Unregister };
 bool PlanRegistration(std::string_view script, std::string_view modulePath, ScriptAction action,
                       std::vector<RegistryStep>* steps);
 
+// The registration script (resource REGISTRY 101) of module, which may be
+// loaded as data only: S_OK, or the failure of finding or loading it.
+HRESULT LoadScript(HMODULE module, std::string* script);
+
 // Makes the changes through the platform layer, stopping at the first that
 // fails: 0 or its system error. Deleting a key that is not there succeeds.
 int ApplyRegistration(const std::vector<RegistryStep>& steps);

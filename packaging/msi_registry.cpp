@@ -24,7 +24,6 @@
 namespace {
 
 constexpr int kClassesRoot = 0;  // the Registry table's root for HKCR
-constexpr WORD kScriptResource = 101;
 // The proxies that type library registration names for interfaces.
 constexpr char kAutomationProxy[] = "{00020424-0000-0000-C000-000000000046}";
 constexpr char kDispatchProxy[] = "{00020420-0000-0000-C000-000000000046}";
@@ -66,15 +65,6 @@ std::string GuidText(const GUID& guid) {
   wchar_t text[40];
   StringFromGUID2(guid, text, 40);
   return vlauto::Narrow(text);
-}
-
-bool ReadScript(HMODULE module, std::string* script) {
-  HRSRC found = FindResourceW(module, MAKEINTRESOURCEW(kScriptResource), L"REGISTRY");
-  HGLOBAL loaded = found ? LoadResource(module, found) : nullptr;
-  const void* bytes = loaded ? LockResource(loaded) : nullptr;
-  if (!bytes) return false;
-  script->assign(static_cast<const char*>(bytes), SizeofResource(module, found));
-  return true;
 }
 
 // The script's rows: every value it sets, every key it only creates, and
@@ -182,7 +172,7 @@ int wmain(int argc, wchar_t** argv) {
   os::UniqueModule module(LoadLibraryExW(dllPath.c_str(), nullptr, LOAD_LIBRARY_AS_DATAFILE));
   std::string script;
   std::vector<Row> rows;
-  if (!module || !ReadScript(module.get(), &script)) {
+  if (!module || FAILED(vlauto::LoadScript(module.get(), &script))) {
     std::fprintf(stderr, "msi_registry: no registration script in %ls\n", dllPath.c_str());
     return 1;
   }
