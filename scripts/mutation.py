@@ -7,7 +7,10 @@ the mutant is killed when a test fails. A mutant that does not compile is
 put back and another is drawn. Prints each mutant and the score; the source
 is restored whatever happens.
 
-    scripts/mutation.py [--count 30] [--seed 1]
+    scripts/mutation.py [--count 30] [--seed 1] [--killers]
+
+With --killers each mutant is run against the whole suite and the tests that
+kill it are listed: a test that is some mutant's only killer is one to keep.
 """
 import argparse
 import pathlib
@@ -65,10 +68,23 @@ def run(command, timeout):
         return -1
 
 
+def failing_tests():
+    """Runs the whole suite; the names of the tests that fail or time out."""
+    try:
+        out = subprocess.run(["ctest", "-j2", "--timeout", "120"], cwd=BUILD, text=True,
+                             stdout=subprocess.PIPE, stderr=subprocess.DEVNULL,
+                             timeout=1800).stdout
+    except subprocess.TimeoutExpired:
+        return ["(the suite timed out)"]
+    return re.findall(r"^\s*\d+ - (\S+) \(", out.split("tests FAILED:")[-1], re.M) \
+        if "tests FAILED:" in out else []
+
+
 def main():
     parser = argparse.ArgumentParser()
     parser.add_argument("--count", type=int, default=30)
     parser.add_argument("--seed", type=int, default=1)
+    parser.add_argument("--killers", action="store_true")
     args = parser.parse_args()
     subprocess.run(["cmake", "-S", str(ROOT), "-B", str(BUILD), "-G", "Ninja",
                     "-DCMAKE_BUILD_TYPE=Release"], check=True, stdout=subprocess.DEVNULL)
@@ -92,11 +108,17 @@ def main():
             if run(["cmake", "--build", "."], 600) != 0:
                 continue
             made += 1
-            dead = run(["ctest", "-j2", "--stop-on-failure"], 900) != 0
+            if args.killers:
+                killers = failing_tests()
+                dead = bool(killers)
+            else:
+                dead = run(["ctest", "-j2", "--stop-on-failure"], 900) != 0
             killed += dead
             where = f"{path.relative_to(ROOT)}:{number + 1}"
             print(f"{'killed' if dead else 'LIVED '} {kind:8} {where}: {mutant.strip()[:70]}",
                   flush=True)
+            if args.killers and killers:
+                print("    by " + " ".join(killers), flush=True)
         finally:
             path.write_text(original)
     subprocess.run(["cmake", "--build", str(BUILD)], stdout=subprocess.DEVNULL)
