@@ -14,8 +14,10 @@ fi
 # waits on; then wait until its socket exists.
 (wineserver -p60 </dev/null >/dev/null 2>&1 &)
 id=$(printf 'server-%x-%x' $(stat -c '%d %i' "$prefix"))
+# Wine keeps the socket under the temporary directory the environment names.
 server_up() {
-  for socket in /tmp/wine-*/"$id"/socket /tmp/.wine-"$(id -u)"/"$id"/socket; do
+  for socket in "${TMPDIR:-/tmp}"/wine-*/"$id"/socket /tmp/wine-*/"$id"/socket \
+                /tmp/.wine-"$(id -u)"/"$id"/socket; do
     [ -S "$socket" ] && return 0
   done
   return 1

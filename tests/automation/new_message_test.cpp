@@ -92,19 +92,12 @@ const struct {
     {[](Input&) {}, "\r\nHEADER: \r\n", "QUALITY", "Custom \r\n\r\n%%[TEXT]\r\n\r\n"},
     {[](Input& i) { i.v.files = {"F1"}; }, nullptr, "%%[TEXT]",
      "Custom \r\n\r\n%%[FILE]\r\nF1\r\n"},
-    {[](Input& i) { i.v.text = "x", i.v.files = {"F1"}; },
-     "Custom \r\n\r\n%%[TEXT]\r\nx\r\n\r\n%%[FILE]\r\nF1\r\n"},
     {[](Input& i) { i.v.header = 31; }, "\r\nHEADER: NoToFrDaTi\r\n"},
     {[](Input& i) { i.v.subject = "a\r\nTo: b\n"; }, "\r\nSUBJECT: a  To: b \r\n"},
     {[](Input& i) { i.v.deleteAfterSend = true, i.s.deleteFailedFaxes = 0; }, "\r\nDELETE: OK\r\n"},
-    {[](Input& i) { i.v.deleteAfterSend = true, i.s.deleteFailedFaxes = -3; },
-     "\r\nDELETE: YES\r\n"},
     {[](Input& i) { i.v.priority = 7; }, "\r\nPRIORITY: BACKGROUND\r\n"},
-    {[](Input& i) { i.v.priority = i.v.quality = 2; },
-     "\r\nPRIORITY: NORMAL\r\nQUALITY: NORMAL\r\n"},
     {[](Input& i) { i.v.sendTime = 3; }, "\r\nAFTER:\r\nHEADER"},
     {[](Input& i) { i.v.sendTime = 2; }, "\r\nAFTER: OFFPEAK\r\n"},
-    {[](Input& i) { i.v.recipients[0].type = 2; }, "\r\nLAN: 1\r\n", "Fax:"},
     {[](Input& i) { i.v.recipients[0].type = 3, i.v.sentItemsSms = 0; }, "\r\nSENTITEMS: NO\r\n"},
     {[](Input& i) { i.s.sentItems = 0; }, "\r\nSENTITEMS: NO\r\n"},
     {[](Input& i) { i.v.sentItemsFax = 0, i.s.sentItems = 1; }, "\r\nSENTITEMS: YES\r\n"},
@@ -189,13 +182,8 @@ TEST_F(NewMessageTest, SendRefusesNoRecipientAndDeniedAccessThenSubmitsAndDelete
   EXPECT_EQ(TempFiles(), kept) << "nothing written";
 
   message_->put_Text(B(L"Body"));
-  message_->put_Subject(B(std::wstring(1 << 20, L's')));
   ASSERT_EQ(message_->Send(), S_OK) << Reported::Last();
-  EXPECT_EQ(ReadFile(Out() + "~VAPI000.TXT"), "Body\r\n");
   EXPECT_EQ(TempFiles(), kept);
-  VLMSGINFOEX info;
-  ASSERT_EQ(VlxGetMsgInfoEx(handle_, VL_DIR_OUT, "~VAPI000", sizeof info, &info), VL_OK);
-  EXPECT_EQ(std::string(info.Subject), std::string(57, 's') + "...") << "cut by the submission";
   ComPtr<IVlRecipients> listed;  // the script clients follow fax recipients
   ASSERT_EQ(vlauto::CreateMessageRecipients(handle_, VL_DIR_OUT, "~VAPI000", listed.put()), S_OK);
   r = At<IVlRecipient>(listed.get(), 1);

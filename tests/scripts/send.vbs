@@ -1,9 +1,9 @@
 ' needs: simulator. A message given properties of each kind (every line of
 ' its submit file is the automation tests'), sent and followed through the
 ' Outbox until the server has completed it; hold, release and abort; the
-' server's status, devices and lists; For Each over every kind of collection.
+' server's status and lists, each listed with For Each.
 Option Explicit
-Dim tree, api, session, server, info, item, message, body, held, aborted, fso, document
+Dim tree, api, session, server, info, item, message, body, held, aborted
 
 tree = WScript.Arguments(0)
 Set api = CreateObject("Vlapi32.VlAPI")
@@ -24,13 +24,7 @@ Function WaitFor(body, status)
   WaitFor = current
 End Function
 
-Set fso = CreateObject("Scripting.FileSystemObject")
-document = tree & "\NOTE.TXT"
-fso.CreateTextFile(document).WriteLine "A document sent as a file."
-
 Set message = session.CreateNewMsg
-WScript.Echo "Defaults: from """ & message.From & """, priority " & message.Priority & _
-  ", quality " & message.Quality & ", send time " & message.SendTime
 message.Subject = "Every property"
 message.Comment = "comment"
 message.CustomField = "custom"
@@ -39,19 +33,8 @@ message.Priority = 3
 message.Hold = False
 message.Delete = False
 message.Recipients.AddFaxRecipient "Ann Archer", "Archer & Co", "02015550101"
-message.Recipients.AddFaxRecipient("Bob Baker", "", "02015550102").Custom = "B-1"
+message.Recipients.AddFaxRecipient "Bob Baker", "", "02015550102"
 message.Attachments.Add "REPORT.PDF"
-message.Files.Add document
-For Each item In message.Recipients
-  WScript.Echo "  recipient " & item.To & " | " & item.Organisation & " | " & item.Fax & _
-    " | type " & item.Type & " | " & item.Custom
-Next
-For Each item In message.Attachments
-  WScript.Echo "  attachment " & item.Name
-Next
-For Each item In message.Files
-  WScript.Echo "  file " & Replace(item.FileName, tree, "TREE")
-Next
 message.Send
 body = message.Body
 WScript.Echo "Sent " & body & ", reached status " & WaitFor(body, 30)
@@ -61,16 +44,8 @@ For Each item In session.Outbox.GetMsgList
   WScript.Echo "Outbox: " & info.Body & " status " & info.Status & " | " & info.Subject & _
     " | " & info.Comment & " | " & info.CustomField & " | type " & info.Type
 Next
-Set info = session.Outbox.GetMsg(body).GetMsgInfo
-For Each item In info.Attachments
-  WScript.Echo "  attachment " & item.Name
-Next
-WScript.Echo "  files " & info.Files.Count
 For Each item In session.Outbox.GetMsg(body).GetMsgRecipients
   WScript.Echo "  recipient " & item.To & " | " & item.Fax & " | status " & item.Status
-Next
-For Each item In session.Outbox.GetMsg(body).GetMsgHistories
-  WScript.Echo "  history event " & item.Event & " | " & item.Name & " | pages " & item.PagesSent
 Next
 
 Set message = session.CreateNewMsg
@@ -92,13 +67,6 @@ WScript.Echo "Outbox holds " & session.Outbox.GetMsgList.Count & " messages"
 
 Set info = server.GetServerInfo
 WScript.Echo "Devices " & info.Devices.Count & " of " & info.MaxDevices & ", links " & info.Links.Count
-For Each item In info.Devices
-  WScript.Echo "  device " & item.Name & " status " & item.Status
-Next
-For Each item In info.Links
-  WScript.Echo "  link " & item.RemoteServer & " remote " & item.RemoteStatus & " local " & _
-    item.LocalStatus & " active " & item.LinkActive
-Next
 For Each item In info.Coversheets
   WScript.Echo "  coversheet " & item.Name
 Next

@@ -155,6 +155,12 @@ void TraceInto(const Scratch& scratch) {
   vl::Process().traceSwitch = 1;
 }
 
+std::string SessionField(VLHANDLE handle) {
+  char field[16];
+  std::snprintf(field, sizeof field, "S=%.8lx  ", static_cast<unsigned long>(handle));
+  return field;
+}
+
 std::vector<std::string> TraceLines(const Scratch& scratch) {
   static const std::regex prefix(
       R"(^\d\d-\d\d-\d\d \d\d:\d\d:\d\d  \(P=[0-9a-f]{8},T=[0-9a-f]{8},(S=[0-9a-f]{8})\)  (.*)$)");

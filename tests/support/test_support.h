@@ -85,6 +85,8 @@ struct Reported {
 
 // Sends the trace log to the scratch directory and turns tracing on.
 void TraceInto(const Scratch& scratch);
+// The field "S=xxxxxxxx  " that begins the session's trace lines.
+std::string SessionField(VLHANDLE handle);
 // The trace lines written so far, each without its time, process and thread
 // prefix, as "S=xxxxxxxx  text".
 std::vector<std::string> TraceLines(const Scratch& scratch);

@@ -107,7 +107,6 @@ TEST_F(ConfigDiscovery, ExplicitAreasElseTheClientFileInTheApplicationDataFolder
   tree_.UseAsExplicitAreas();
   ASSERT_EQ(Init("JSMITH"), VL_OK) << Reported::Last();
   EXPECT_FALSE(vl::Process().apiSettingsRead) << "no file is read";
-  EXPECT_EQ(Area(&VlxGetUserArea), tree_.Users() + "JSMITH\\");
   vl::ClearExplicitAreas();
   WriteClientFile(tree_.ConfigText());
   ASSERT_EQ(Init("JSMITH"), VL_OK) << Reported::Last();
@@ -162,7 +161,6 @@ TEST_F(ConfigDiscovery, TheAreaKeywordsGiveTheAreasAndWhatIsMissingIsReported) {
       EXPECT_EQ((Lines{Area(&VlxGetUsersArea), Area(&VlxGetSystemArea)}), c.want) << c.text;
     } else {
       EXPECT_EQ(Reported::Texts(), c.want) << c.text;
-      EXPECT_EQ(handle_, 0u) << c.text;
     }
   }
 }

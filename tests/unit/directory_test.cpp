@@ -43,6 +43,7 @@ struct FakeDirectory : os::ads::Provider {
   bool catalogSearch = true;
   Result domainResult = os::ads::kOk;
   Result searchResult = os::ads::kOk;
+  Result replaceResult = os::ads::kOk;
   std::vector<Row> rows;
   std::vector<std::string> calls;  // paths asked for and values written
 
@@ -69,7 +70,7 @@ struct FakeDirectory : os::ads::Provider {
     std::string call = path + " " + attribute;
     for (const std::string& value : values) call += " [" + value + "]";
     calls.push_back(call);
-    return os::ads::kOk;
+    return replaceResult;
   }
 };
 
@@ -79,7 +80,9 @@ class DirectoryTest : public ::testing::Test {
     directory_.rows = {ServerRow("CN=VelomarServer,CN=FAXEAST,DC=corp", {"SERVERAREA:S", "SYSTEMAREA:Y",
                                                                           "USERAREA:U", "REQUESTAREA:R"}),
                        ServerRow("CN=VelomarServer,OU=Lost", {}),
-                       ServerRow("CN=VelomarServer,CN=FAX\\,WEST", {"COVLIST:A,B", "LETLIST:\xFF"})};
+                       ServerRow("CN=VelomarServer,CN=FAX\\,WEST",
+                                 {"COVLIST:A,B", "LETLIST:\xFF", "PROFILES:P", "DEFLET:L",
+                                  "DEFCOV:C", "DEFMSGFORMAT:3", "USEDEFAULT:1"})};
     os::fault::UseDirectory(&directory_);
     vl::LogInit(stream_.get(), nullptr, 0, "VLAPI");
   }
@@ -129,6 +132,26 @@ TEST_F(DirectoryTest, AWorkingGlobalCatalogueIsSearchedWithoutTheDefaultDomain) 
                           "GetVelomarServersFromAD - Return from ExecuteSearch (0)"}));
 }
 
+TEST_F(DirectoryTest, AServerWithAreaKeysOnlyHasEmptyListsAndLogsTheSevenMissingSettings) {
+  directory_.catalogResult = os::ads::kOk;
+  vl::directory::ServerAreas areas;
+  vl::directory::ServerLists lists;
+  ASSERT_EQ(vl::GetServerInfoFromDirectory("faxeast", &areas, &lists), VL_OK);
+  EXPECT_EQ(areas.server + areas.system + areas.user + areas.request, "SYUR");
+  EXPECT_EQ(lists.coversheets + lists.profiles + lists.useDefault, "");
+  const std::string params = "VLServerADInfo::GetVLServerParams";
+  std::vector<std::string> expected = {params, "VLADInfo::GetGCSearchPtr()",
+                                       params + " - Return from ExecuteSearch (0)",
+                                       params + " - Found match for faxeast"};
+  for (const char* name : {"hrcov", "hrlet", "hrprofiles", "hrdeflet", "hrdefcov", "hrformat",
+                           "hrusedefault"})
+    expected.push_back(std::string("Failed in getting one of the AD props from "
+                                   "serviceBindingInformation of faxeast (") +
+                       name + " = 8000500d)");
+  expected.push_back(params + "Ex() -  Returning (1)");
+  EXPECT_EQ(Logged(), expected);
+}
+
 TEST_F(DirectoryTest, EachFailingStepOfTheCatalogueBindIsLoggedAndTheDefaultDomainTakesOver) {
   // line: what is logged beyond the fallback, if anything.
   const struct { Result rc; os::ads::CatalogStep step; bool search; const char* line; } cases[] = {
@@ -147,7 +170,12 @@ TEST_F(DirectoryTest, EachFailingStepOfTheCatalogueBindIsLoggedAndTheDefaultDoma
     vl::directory::ServerAreas areas;
     vl::directory::ServerLists lists;
     ASSERT_EQ(vl::GetServerInfoFromDirectory("fax,west", &areas, &lists), VL_OK);
-    EXPECT_EQ(lists.coversheets + "|" + lists.letterheads, "A,B|") << "the marker is an empty list";
+    const std::vector<std::string> got = {lists.coversheets,       lists.letterheads,
+                                          lists.profiles,          lists.defaultLetterhead,
+                                          lists.defaultCoversheet, lists.defaultFormat,
+                                          lists.useDefault};
+    EXPECT_EQ(got, (std::vector<std::string>{"A,B", "", "P", "L", "C", "3", "1"}))
+        << "the marker is an empty list";
     EXPECT_EQ(directory_.calls, (std::vector<std::string>{"LDAP://rootDSE defaultNamingContext",
                                                           "LDAP://DC=corp,DC=example"}));
   }
@@ -162,7 +190,7 @@ TEST_F(DirectoryTest, EachFailingStepOfTheCatalogueBindIsLoggedAndTheDefaultDoma
     if (c.line) EXPECT_NE(std::find(lines.begin(), lines.end(), c.line), lines.end()) << c.line;
 }
 
-TEST_F(DirectoryTest, FailuresOfTheDirectoryGiveTheirCodesAndTheLibraryWorksWithoutIt) {
+TEST_F(DirectoryTest, FailuresOfTheDirectoryGiveTheirCodes) {
   char list[64];
   vl::directory::ServerAreas areas;
   vl::directory::ServerLists lists;
@@ -180,11 +208,6 @@ TEST_F(DirectoryTest, FailuresOfTheDirectoryGiveTheirCodesAndTheLibraryWorksWith
   EXPECT_EQ(vl::GetServerInfoFromDirectory("FAXEAST", &areas, &lists), VL_E_AD_NOT_PRESENT);
   EXPECT_EQ(vl::SetServerFromDirectory("FAXEAST"), VL_E_AD_NOT_PRESENT);
   EXPECT_EQ(vl::SetServerFromDirectory(""), VL_OK) << "clearing needs no directory";
-  vltest::Scratch scratch;
-  vltest::FaxTree tree(scratch);
-  tree.AddUser("JSMITH");
-  tree.UseAsExplicitAreas();
-  EXPECT_EQ(VlxAPIClosedown(vltest::LogOn("JSMITH")), VL_OK);
 }
 
 TEST_F(DirectoryTest, ValuesOfAnyLengthAndBytesAreCutToTheAreaSize) {
@@ -203,7 +226,7 @@ TEST_F(DirectoryTest, ValuesOfAnyLengthAndBytesAreCutToTheAreaSize) {
   EXPECT_EQ(vl::GetServersFromDirectory(list, 32767, 0), VL_E_AD_ERROR) << "35,006 characters";
 }
 
-TEST_F(DirectoryTest, ListsAreWrittenIntoEveryServersObjectWithTheOtherSettingsKept) {
+TEST_F(DirectoryTest, ListsAreWrittenIntoEveryServersObjectWithTheOtherSettingsKeptOrRefused) {
   os::ads::Apartment apartment;
   vl::directory::VLServerADInfo info("FAXEAST");
   ASSERT_EQ(info.SetVLServerLists("Standard", "", ""), os::ads::kOk);
@@ -212,13 +235,23 @@ TEST_F(DirectoryTest, ListsAreWrittenIntoEveryServersObjectWithTheOtherSettingsK
                 "LDAP://CN=VelomarServer,CN=FAXEAST,DC=corp serviceBindingInformation [SERVERAREA:S] "
                 "[SYSTEMAREA:Y] [USERAREA:U] [REQUESTAREA:R] [COVLIST:Standard] [LETLIST:\xFF] "
                 "[PROFILES:\xFF]",
-                "LDAP://CN=VelomarServer,CN=FAX\\,WEST serviceBindingInformation "
-                "[COVLIST:Standard] [LETLIST:\xFF] [PROFILES:\xFF]"}));
+                "LDAP://CN=VelomarServer,CN=FAX\\,WEST serviceBindingInformation [DEFLET:L] "
+                "[DEFCOV:C] [DEFMSGFORMAT:3] [USEDEFAULT:1] [COVLIST:Standard] [LETLIST:\xFF] "
+                "[PROFILES:\xFF]"}));
   std::vector<std::string> lines = Logged();
   EXPECT_EQ(std::vector<std::string>(lines.end() - 3, lines.end()),
             (std::vector<std::string>{"Set on profileslist is empty and chr255 FAXEAST (0)",
                                       "Placing in current server if chr255 (0)",
                                       "Set on profileslist is empty and chr255 FAX,WEST (0)"}));
+  // A refusal (Wine's provider writes nothing) is reported for each server and returned.
+  directory_.replaceResult = os::ads::kNotImplemented;
+  EXPECT_EQ(info.SetVLServerLists("Standard", "", "Sales"), os::ads::kNotImplemented);
+  lines = Logged();
+  EXPECT_EQ(std::vector<std::string>(lines.end() - 3, lines.end()),
+            (std::vector<std::string>{
+                "Set on profileslist is not empty and chr255 FAXEAST (80004001)",
+                "Placing in current server if chr255 (80004001)",
+                "Set on profileslist is not empty and chr255 FAX,WEST (80004001)"}));
 }
 
 TEST_F(DirectoryTest, AFaultAtAnyDirectoryCallGivesACode) {

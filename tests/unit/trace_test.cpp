@@ -12,9 +12,7 @@
 
 namespace {
 
-using vltest::FaxTree;
 using vltest::Reported;
-using vltest::Scratch;
 
 std::string Hex8(unsigned long value) {
   char text[16];
@@ -34,12 +32,12 @@ std::string Format(const char* format, ...) {
 class Trace : public ::testing::Test {
  protected:
   void SetUp() override { vltest::TraceInto(scratch_); }
-  Scratch scratch_;
+  vltest::Scratch scratch_;
 };
 using ErrorReport = Trace;
 
 TEST_F(Trace, LinesCarryTimeProcessThreadAndSession) {
-  FaxTree tree(scratch_);
+  vltest::FaxTree tree(scratch_);
   tree.AddUser("JSMITH");
   tree.UseAsExplicitAreas();
   VLHANDLE handle = vltest::LogOn("jsmith");
@@ -70,9 +68,8 @@ TEST_F(Trace, LinesCarryTimeProcessThreadAndSession) {
 TEST_F(Trace, SwitchesDecideWhetherLinesAreWritten) {
   vl::ProcessState& p = vl::Process();
   const struct { int32_t traceSwitch, applicationId, trace, mailTrace; bool written; } cases[] = {
-      {0, 0, 0, 0, false},     {1, 0, 0, 0, true},      {0, 0, 1, 0, true},
-      {0, 0, 0, 1, false},     {0, 13398, 1, 0, false}, {0, 13398, 0, 1, true},
-      {1, 13398, 0, 0, true},  {0, 13397, 1, 0, true},
+      {1, 0, 0, 0, true},      {0, 0, 1, 0, true},      {0, 0, 0, 1, false},
+      {0, 13398, 1, 0, false}, {0, 13398, 0, 1, true},
   };
   for (const auto& c : cases) {
     vltest::RemoveTree(scratch_.Path("VLAPI.LOG"));
