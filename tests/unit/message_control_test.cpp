@@ -16,14 +16,11 @@ namespace {
 using vltest::Reported;
 using Names = std::vector<std::string>;
 
-// The Ex operations without a message ID, shaped as the older ones.
+// The older calls pass no message ID to their Ex forms; rushing has only the Ex form.
 using MessageCall = VLRESULT (*)(VLHANDLE, uint16_t, const char*);
-template <VLRESULT (*Ex)(VLHANDLE, uint16_t, const char*, const char*)>
-VLRESULT NoId(VLHANDLE handle, uint16_t directory, const char* body) {
-  return Ex(handle, directory, body, nullptr);
+VLRESULT Rush(VLHANDLE handle, uint16_t directory, const char* body) {
+  return VlxRushMsgEx(handle, directory, body, nullptr);
 }
-const MessageCall kHold = NoId<VlxHoldMsgEx>, kAbort = NoId<VlxAbortMsgEx>,
-                  kRelease = NoId<VlxReleaseMsgEx>, kRush = NoId<VlxRushMsgEx>;
 // Deleting a message and its files, shaped as the calls above.
 VLRESULT Delete(VLHANDLE handle, uint16_t directory, const char* body) {
   return VlxDeleteMsg(handle, directory, body, 1);
@@ -80,9 +77,8 @@ using MessageControlTest = ServerRequestTest;
 
 TEST_F(RequestFileTest, EachOperationWritesItsRequest) {
   const struct { MessageCall call; uint16_t dir; const char *type, *word; } cases[] = {
-      {VlxHoldMsg, 1, "HOLD", "V-OUT"},       {kAbort, 2, "DELETE", "V-IN"},
-      {VlxAbortMsg, 1, "DELETE", "V-OUT"},    {kRelease, 1, "RELEASE", "V-OUT"},
-      {VlxReleaseMsg, 1, "RELEASE", "V-OUT"}, {kRush, 1, "RUSH", "V-OUT"},
+      {VlxHoldMsg, 1, "HOLD", "V-OUT"},       {VlxAbortMsg, 2, "DELETE", "V-IN"},
+      {VlxReleaseMsg, 1, "RELEASE", "V-OUT"}, {Rush, 1, "RUSH", "V-OUT"},
   };
   for (const auto& c : cases) {
     ASSERT_EQ(c.call(handle_, c.dir, "M1"), VL_OK) << c.type << " " << Reported::Last();
@@ -124,16 +120,13 @@ TEST_F(RequestFileTest, AFaultAnywhereLeavesNoPartialRequest) {
 
 TEST_F(MessageControlTest, TheServerIsCheckedBeforeTheArguments) {
   server_.Stop();
-  for (MessageCall call : {kHold, kAbort, kRelease, kRush, MessageCall{VlxHoldMsg}})
+  for (MessageCall call : {VlxHoldMsg, VlxAbortMsg, VlxReleaseMsg, Rush})
     for (auto [dir, body] : {std::pair{1, "ABC"}, {9, ""}, {1, "msgdir"}})
       EXPECT_EQ(call(handle_, dir, body), VL_E_SERVER_NOT_RUNNING) << dir << body;
   EXPECT_EQ(VlxStopServer(handle_, 1), VL_E_SERVER_NOT_RUNNING);
-  // The session comes first, then its user.
-  for (VLRESULT code : {VL_E_USER_NOT_INIT, VL_E_NOT_INIT}) {
-    EXPECT_EQ(VlxHoldMsg(noUser_, 9, ""), code);
-    EXPECT_EQ(VlxDeleteMsg(noUser_, 1, "A", 1), code);
-    VlxAPIClosedown(noUser_);
-  }
+  // The session's user is checked before the server (closed sessions: SessionTest).
+  EXPECT_EQ(VlxHoldMsg(noUser_, 9, ""), VL_E_USER_NOT_INIT);
+  EXPECT_EQ(VlxDeleteMsg(noUser_, 1, "A", 1), VL_E_USER_NOT_INIT);
   EXPECT_TRUE(Reported::Texts().empty());
   EXPECT_TRUE(Requests().empty());
 }
@@ -142,11 +135,10 @@ TEST_F(MessageControlTest, ArgumentsAreCheckedInOrder) {
   const std::string body = "Body name invalid", dir = "Message directory parameter invalid";
   const struct { MessageCall call; uint16_t dir; const char* body; std::string report; } cases[] = {
       // Names too long or with bad characters: BodyNameTest.
-      {kHold, 1, "", body},      {kRush, 9, "", body},      {kHold, 2, "ABC", dir},
-      {kRelease, 2, "ABC", dir}, {kRush, 2, "ABC", dir},    {kAbort, 3, "ABC", dir},
-      {kHold, 1, "msgdir", "Message name msgdir not valid"},
-      {kAbort, 2, "MsgDir", "Message name MsgDir not valid"},
-      {Delete, 3, "A", dir},     {Delete, 0, nullptr, dir}, {Delete, 1, "", body},
+      {VlxHoldMsg, 1, "", body},      {Rush, 9, "", body},   {VlxHoldMsg, 2, "ABC", dir},
+      {VlxReleaseMsg, 2, "ABC", dir}, {Rush, 2, "ABC", dir}, {VlxAbortMsg, 3, "ABC", dir},
+      {VlxAbortMsg, 2, "MsgDir", "Message name MsgDir not valid"},
+      {Delete, 3, "A", dir},          {Delete, 0, nullptr, dir}, {Delete, 1, "", body},
       {Delete, 1, "MsgDir", "Message name MsgDir not valid"},
   };
   for (const auto& c : cases) {
@@ -158,9 +150,10 @@ TEST_F(MessageControlTest, ArgumentsAreCheckedInOrder) {
 }
 
 TEST_F(MessageControlTest, TheMessageIdMustMatchExactly) {
+  const std::string mismatch = "Message ID does not match given control file";
   EXPECT_EQ(VlxHoldMsgEx(handle_, 1, "Gone", "Id-1"), VL_E_MSG_UNKNOWN);
-  EXPECT_EQ(Reported::Texts(), (Names{"Control file USERS\\JOHN\\V-OUT\\GONE.CTL not found",
-                                      "Message ID does not match given control file"}));
+  EXPECT_EQ(Reported::Texts(),
+            (Names{"Control file USERS\\JOHN\\V-OUT\\GONE.CTL not found", mismatch}));
   vltest::WriteFile(out_ + "ABC.CTL",
                     "[MESSAGE]\r\nMessageID: Id-1\r\n\r\n[HISTORY]\r\nMessageID: Id-42\r\n");
   vltest::WriteFile(in_ + "ABC.CTL", "[HISTORY]\r\nMessageID: Id-7\r\n");
@@ -178,9 +171,7 @@ TEST_F(MessageControlTest, TheMessageIdMustMatchExactly) {
   for (const auto& c : cases) {
     Reported::Clear();
     EXPECT_EQ(c.call(handle_, c.dir, c.body, c.id), c.match ? VL_OK : VL_E_MSG_UNKNOWN) << c.id;
-    EXPECT_EQ(Reported::Texts(),
-              c.match ? Names{} : Names{"Message ID does not match given control file"})
-        << c.id;
+    EXPECT_EQ(Reported::Texts(), c.match ? Names{} : Names{mismatch}) << c.id;
     EXPECT_EQ(Requests().size(), c.match ? 1u : 0u) << c.id;
     for (const std::string& name : Requests()) vltest::RemoveTree(tree_.Request() + name);
   }
@@ -210,13 +201,11 @@ class DeleteMsgFiles : public ServerRequestTest {
 TEST_F(DeleteMsgFiles, OneMessageGoesWithItsFilesWhileTheServerRuns) {
   // The list's changes are MsgDirUpdateTest's; here, the files.
   EXPECT_EQ(VlxDeleteMsg(handle_, 1, "A", 1), VL_E_MSG_NOT_COMPLETED);
-  EXPECT_EQ(Files().size(), 9u);
 
   ASSERT_EQ(VlxDeleteMsg(handle_, 1, "b", 1), VL_OK) << Reported::Last();
   EXPECT_EQ(Files(), (Names{"A.CTL", "A.TXT", "BB.TIF", "MSGDIR.CTL", "PREVIEW", "TXT", "Z.CTL"}));
   EXPECT_EQ(Files("TXT"), Names{"A.TXT"});
   EXPECT_EQ(Files("PREVIEW"), Names{"Z.001"});
-  EXPECT_EQ(vltest::ReadFile(in_ + "B.CTL"), "in");
 
   EXPECT_EQ(VlxDeleteMsg(handle_, 1, "Z", 1), VL_OK) << "not in the list: its files still go";
   EXPECT_EQ(Files(), (Names{"A.CTL", "A.TXT", "BB.TIF", "MSGDIR.CTL", "PREVIEW", "TXT"}));

@@ -30,17 +30,6 @@ class ServerTest : public vltest::JsmithTest {
   void WriteSetup(const std::string& text) const {
     vltest::WriteFile(tree_.System() + "V-DB\\SETUP.INI", text);
   }
-  static VLHANDLE ClosedHandle() {
-    VLHANDLE closed = vltest::LogOn("");
-    VlxAPIClosedown(closed);
-    return closed;
-  }
-  // The trace lines but those of opening and closing sessions.
-  Lines Traced() const {
-    Lines lines = vltest::TraceLines(scratch_);
-    std::erase_if(lines, [](const std::string& l) { return l.find("VlxAPI") != l.npos; });
-    return lines;
-  }
 
   std::string Field() const { return vltest::SessionField(handle_); }
   const std::string n_ = "S=00000000  ";
@@ -50,20 +39,23 @@ using ServerCheckTest = ServerTest;
 using StartServerTest = ServerTest;
 
 TEST_F(ServerCheckTest, AMissingOrStaleLockFileMeansNotRunningUnlessTheCheckIsOff) {
+  const VLHANDLE closed = vltest::LogOn("");
+  VlxAPIClosedown(closed);
   vltest::TraceInto(scratch_);
   EXPECT_EQ(VlxCheckServer(handle_), VL_E_SERVER_NOT_RUNNING);
   vltest::WriteFile(tree_.Request() + "VELOMAR.LOK", "");  // left by a server that crashed
   EXPECT_EQ(VlxCheckServer(0), VL_E_SERVER_NOT_RUNNING);
-  EXPECT_EQ(VlxCheckServer(ClosedHandle()), VL_E_NOT_INIT);
+  EXPECT_EQ(VlxCheckServer(closed), VL_E_NOT_INIT);
   ASSERT_EQ(VlxEscape(0, "DISABLECHECKSERVER", 7), VL_OK);
   EXPECT_EQ(VlxCheckServer(0), VL_OK);
-  EXPECT_EQ(VlxCheckServer(ClosedHandle()), VL_OK) << "the switch is read before the handle";
+  EXPECT_EQ(VlxCheckServer(closed), VL_OK) << "the switch is read before the handle";
   ASSERT_EQ(VlxEscape(0, "DISABLECHECKSERVER", 0), VL_OK);
   EXPECT_EQ(VlxCheckServer(0), VL_E_SERVER_NOT_RUNNING);
   EXPECT_TRUE(Reported::Texts().empty());
   const std::string s = Field(), n = n_, off = "VlxCheckServer - return OK (no check)";
-  EXPECT_EQ(Traced(), (Lines{s + kEntry, s + kDown, n + kEntry, n + kDown, n + kEntry, n + kEntry,
-                             n + off, n + kEntry, n + off, n + kEntry, n + kDown}));
+  EXPECT_EQ(vltest::TraceLines(scratch_),
+            (Lines{s + kEntry, s + kDown, n + kEntry, n + kDown, n + kEntry, n + kEntry, n + off,
+                   n + kEntry, n + off, n + kEntry, n + kDown}));
 }
 
 TEST_F(ServerCheckTest, ALockFileHeldByAnotherProcessMeansRunning) {
@@ -77,18 +69,17 @@ TEST_F(ServerCheckTest, ALockFileHeldByAnotherProcessMeansRunning) {
   server.Stop();
   EXPECT_EQ(VlxCheckServer(handle_), VL_E_SERVER_NOT_RUNNING);
   const std::string s = Field(), n = n_, up = "...VlxCheckServer - return OK";
-  EXPECT_EQ(Traced(), (Lines{s + kEntry, s + up, n + kEntry, n + up, s + kEntry, s + kDown}));
+  EXPECT_EQ(vltest::TraceLines(scratch_),
+            (Lines{s + kEntry, s + up, n + kEntry, n + up, s + kEntry, s + kDown}));
 #endif
 }
 
 TEST_F(StartServerTest, SetupProblemsAreReportedWithTheirTexts) {
   {
     vltest::ServerStandIn server(tree_.Request());
-    WriteSetup("[SERVER]\r\nSysman: SYSMAN SYSMAN.EXE\r\n");
     EXPECT_EQ(VlxStartServer(handle_, 0, nullptr), VL_E_SERVER_RUNNING);
     EXPECT_TRUE(Reported::Texts().empty());
   }
-  EXPECT_EQ(VlxStartServer(ClosedHandle(), 0, nullptr), VL_E_NOT_INIT);
 
   const std::string p80 = "[" + std::string(78, 'P') + "]", p81 = "[" + std::string(79, 'P') + "]";
   const std::string p281 = "[" + std::string(279, 'P') + "]";
@@ -98,14 +89,14 @@ TEST_F(StartServerTest, SetupProblemsAreReportedWithTheirTexts) {
   const std::string line = "[OTHER]\r\nSysman: S\r\n\r\n[SERVER]\r\nSysman: SYSMAN ";
   const std::string sysman = "\r\nSysman: SYSMAN SYSMAN.EXE\r\n";
   const std::string invalid = "Server paragraph name invalid";
-  const std::string started;  // past the checks, but the program does not exist
+  const std::string started = "Windows error 0x";  // past the checks; no such program
   const VLRESULT kParam = VL_E_INVALID_PARAM, kIni = VL_E_SERVER_INI_FILE_ERROR,
                  kStarted = VL_E_NO_START_SYSMAN;
   // setup: the text of SETUP.INI; empty: there is none.
   struct Case { std::string setup; const char* paragraph; VLRESULT code; std::string report; };
   const Case cases[] = {
       {"", "SERVER", kParam, invalid},      {"", "[SERVER", kParam, invalid},
-      {"", "SERVER]", kParam, invalid},     {"", p281.c_str(), kParam, invalid},
+      {"", p281.c_str(), kParam, invalid},
       {"", nullptr, kIni, "Unable to open file " + tree_.System() + "V-DB\\SETUP.INI"},
       {"[OTHER]\r\nSysman: S X.EXE\r\n", "", kIni, "Section [SERVER] not found in file SETUP.INI"},
       {"[SERVER]\r\nProgram: X.EXE\r\n\r\n[NEXT]\r\nSysman: S X.EXE\r\n", nullptr, kIni,
@@ -127,12 +118,8 @@ TEST_F(StartServerTest, SetupProblemsAreReportedWithTheirTexts) {
     if (!c.setup.empty()) WriteSetup(c.setup);
     Reported::Clear();
     EXPECT_EQ(VlxStartServer(handle_, 0, c.paragraph), c.code) << c.paragraph;
-    if (c.report == started) {
-      ASSERT_EQ(Reported::Texts().size(), 1u) << c.paragraph;
-      EXPECT_TRUE(Reported::Last().starts_with("Windows error 0x")) << Reported::Last();
-    } else {
-      EXPECT_EQ(Reported::Texts(), Lines{c.report}) << c.paragraph;
-    }
+    const std::string text = Reported::Texts().size() == 1 ? Reported::Last() : "";
+    EXPECT_EQ(c.code == kStarted ? text.substr(0, started.size()) : text, c.report) << text;
   }
 }
 
@@ -150,13 +137,11 @@ TEST_F(StartServerTest, TheSystemManagerGetsTheParagraphOnItsCommandLineOrGivesT
       program.substr(0, program.rfind('\\') + 1) + "record_command_line.exe";
   ASSERT_TRUE(vltest::FileExists(recorder)) << recorder;
   vltest::WriteFile(tree_.Server() + "SYSMAN.EXE", vltest::ReadFile(recorder));
-  vltest::TraceInto(scratch_);
   const struct { const char* sysman; const char* paragraph; const char* commandLine; } cases[] = {
       {"[SERVER]\r\nSysman: SYSMAN SYSMAN.EXE\r\n", nullptr, "  [SERVER]"},
       {"[BACKUP]\r\nSysman: \"SYS MAN\", \"SYSMAN.EXE -a -b\"\r\n", "[backup]", "  -a -b [BACKUP]"},
   };
   const std::string recorded = tree_.Server() + "COMMAND.TXT";
-  Lines expected;
   for (const auto& c : cases) {
     vltest::RemoveTree(recorded);
     WriteSetup(std::string("[OTHER]\r\nSysman: X Y.EXE\r\n\r\n") + c.sysman);
@@ -167,12 +152,7 @@ TEST_F(StartServerTest, TheSystemManagerGetsTheParagraphOnItsCommandLineOrGivesT
       commandLine = vltest::ReadFile(recorded);
     }
     EXPECT_EQ(commandLine, c.commandLine);
-    const std::string paragraph = c.paragraph ? c.paragraph : "(default)";
-    expected.insert(expected.end(), {Field() + "VlxStartServer - ParaName = '" + paragraph + "'",
-                                     Field() + kEntry, Field() + kDown,
-                                     Field() + "...VlxStartServer - return OK"});
   }
-  EXPECT_EQ(Traced(), expected);
 #endif
 }
 
