@@ -47,7 +47,7 @@ TEST_F(Trace, LinesCarryTimeProcessThreadAndSession) {
   EXPECT_EQ(VlxGetUserOutDir(0, text, 7), VL_E_NOT_INIT);
   ASSERT_EQ(VlxAPIClosedown(handle), VL_OK);
 
-  const std::string s = "S=" + Hex8(handle) + "  ";
+  const std::string s = vltest::SessionField(handle);
   EXPECT_EQ(vltest::TraceLines(scratch_),
             (std::vector<std::string>{
                 s + "VlxAPIInit - user 'jsmith'", s + "...VlxAPIInit - return OK",
